@@ -1,0 +1,30 @@
+# SPDX-FileCopyrightText: The qelmodb authors
+# SPDX-License-Identifier: Apache-2.0
+
+include(CMakePackageConfigHelpers)
+
+install(TARGETS qelmodb EXPORT qelmodbTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+  PUBLIC_HEADER DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qelmodb)
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/qelmodb)
+install(EXPORT qelmodbTargets NAMESPACE qelmodb:: DESTINATION ${package_dir})
+configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/qelmodbConfig.cmake.in
+  ${PROJECT_BINARY_DIR}/qelmodbConfig.cmake INSTALL_DESTINATION ${package_dir})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/qelmodbConfigVersion.cmake
+  COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/qelmodbConfig.cmake ${PROJECT_BINARY_DIR}/qelmodbConfigVersion.cmake
+  DESTINATION ${package_dir})
+
+if(BUILD_SHARED_LIBS)
+  set(QELMODB_PC_CFLAGS "")
+else()
+  set(QELMODB_PC_CFLAGS "-DQELMODB_STATIC")
+endif()
+configure_file(${PROJECT_SOURCE_DIR}/cmake/qelmodb.pc.in ${PROJECT_BINARY_DIR}/qelmodb.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/qelmodb.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md
+  DESTINATION ${CMAKE_INSTALL_DOCDIR})

@@ -1,0 +1,12 @@
+# SPDX-FileCopyrightText: The qelmodb authors
+# SPDX-License-Identifier: Apache-2.0
+
+# The warnings that all code of the project is built with; errors for its developers.
+function(qelmodb_warnings target)
+  target_compile_options(${target} PRIVATE
+    -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wnon-virtual-dtor -Wold-style-cast
+    -Wcast-align -Woverloaded-virtual -Wnull-dereference -Wdouble-promotion -Wformat=2 -Wundef
+    # g++ 12 warns of its own std::string operator+.
+    $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>
+    $<$<BOOL:${QELMODB_DEVELOPER}>:-Werror>)
+endfunction()

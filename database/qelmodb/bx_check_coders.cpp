@@ -1,0 +1,258 @@
+// SPDX-FileCopyrightText: The qelmodb authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "bx_check_coders.h"
+
+#include <algorithm>
+
+using qelmodb::severity;
+
+namespace {
+
+// A piece of the file for a message: one line, unprintable bytes as \xNN.
+std::string shown(std::string_view text) {
+  constexpr std::size_t most = 24;
+  std::string result;
+  for (const char c : text.substr(0, most)) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (c == '\n') break;
+    result += byte >= 0x20 && byte < 0x7f ? std::string(1, c) : std::string(neoform("\\x%02X", byte));
+  }
+  return result;
+}
+
+std::string_view trimmed(std::string_view text) {
+  const auto blank = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
+  while (!text.empty() && blank(text.front())) text.remove_prefix(1);
+  while (!text.empty() && blank(text.back())) text.remove_suffix(1);
+  return text;
+}
+
+// A decimal number with nothing behind it. Beyond 32 bits says so in range.
+bool parse(std::string_view text, bx_long& value, bool& in_range) {
+  in_range = true;
+  if (!text.empty() && text.front() == '+') text.remove_prefix(1);
+  const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  in_range = error != std::errc::result_out_of_range;
+  return stop == text.data() + text.size() && !text.empty() && text.front() != '+' &&
+         error != std::errc::invalid_argument;
+}
+
+}  // namespace
+
+std::int64_t bx_check_context::line_at(std::size_t offset) {
+  if (!counts_lines) return 0;
+  if (offset < line_start_) {
+    line_start_ = 0;
+    line_ = 1;
+  }
+  line_ += std::count(bytes_.begin() + static_cast<std::ptrdiff_t>(line_start_),
+                      bytes_.begin() + static_cast<std::ptrdiff_t>(offset), '\n');
+  line_start_ = offset;
+  return line_;
+}
+
+void bx_check_context::add(severity level, std::size_t offset, std::string message) {
+  std::int64_t& total = level == severity::error     ? report.errors
+                        : level == severity::warning ? report.warnings
+                                                     : report.notes;
+  if (total++ >= static_cast<std::int64_t>(options_.most_faults)) return;
+  std::string path;
+  for (const std::string_view name : names) {
+    if (!path.empty()) path += '/';
+    path += name;
+  }
+  if (!wire.empty()) path.append("/").append(wire);
+  report.faults.push_back(
+      {level, static_cast<std::int64_t>(offset), line_at(offset), std::move(path), std::move(message)});
+}
+
+std::string bx_check_context::found(std::size_t offset) const {
+  if (offset >= bytes_.size()) return "the end of the file";
+  if (bytes_[offset] == '\n') return "the end of the line";
+  return "\"" + shown(bytes_.substr(offset)) + "\"";
+}
+
+// ---- text
+
+bool bx_text_checker::begin(const bx_record_kind& kind) {
+  const std::string_view rest = context_.rest();
+  const std::string_view label = trimmed(kind.text_label);
+  const std::size_t start = static_cast<std::size_t>(
+      std::find_if(rest.begin(), rest.end(), [](char c) { return c != ' ' && c != '\t'; }) - rest.begin());
+  std::size_t quote = start;
+  if (rest.substr(start, label.size()) == label) {
+    quote = start + label.size();
+    while (quote < rest.size() && (rest[quote] == ' ' || rest[quote] == '\t')) ++quote;
+    if (quote < rest.size() && rest[quote] == '"') {
+      context_.advance(quote + 1);
+      return true;
+    }
+  }
+  const std::size_t place = context_.at() + quote;
+  return context_.fail(place,
+                       std::string("expected ") + std::string(label) + " \"name\", found " + context_.found(place));
+}
+
+bool bx_text_checker::name(bx_check_record& record) {
+  const std::string_view rest = context_.rest();
+  const std::size_t quote = rest.substr(0, bx_key_limit).find('"');
+  if (quote == std::string_view::npos) {
+    return context_.fail(context_.at(), rest.size() < static_cast<std::size_t>(bx_key_limit)
+                                            ? "the name has no closing quote"
+                                            : neoform("the name is longer than %d characters", BX_FILE_NAME_LIMIT));
+  }
+  record.name = rest.substr(0, quote);
+  if (record.name.find('\0') != std::string_view::npos)
+    return context_.fail(context_.at(), "the name holds a NUL byte");
+  if (record.name.find('\n') != std::string_view::npos) {
+    context_.add(severity::warning, context_.at(), "the name holds a line end");
+  }
+  context_.advance(quote + 1);
+  return true;
+}
+
+bool bx_text_checker::expect(char c, const char* where) {
+  if (!context_.rest().empty() && context_.rest().front() == c) {
+    context_.advance(1);
+    return true;
+  }
+  return context_.fail(context_.at(),
+                       std::string("expected '") + c + "' " + where + ", found " + context_.found(context_.at()));
+}
+
+bool bx_text_checker::number(const char* label, char delimiter, bx_long& value) {
+  const std::string_view key = context_.rest().substr(0, bx_key_limit);
+  const std::size_t end = key.find(delimiter);
+  std::string_view digits = key.substr(0, end);
+  while (!digits.empty() && digits.front() == ' ') digits.remove_prefix(1);
+  bool in_range = true;
+  if (end == std::string_view::npos || !parse(digits, value, in_range)) {
+    return context_.fail(context_.at(), std::string("expected the number ") + label + " and '" + delimiter +
+                                            "', found " + context_.found(context_.at()));
+  }
+  if (!in_range) return context_.fail(context_.at(), std::string(label) + " does not fit into 32 bits");
+  context_.advance(end + 1);
+  return true;
+}
+
+bool bx_text_checker::pair(const char* a, bx_long& first, const char* b, bx_long& second) {
+  return expect(' ', "before a point") && expect('(', "of a point") && number(a, ',', first) && number(b, ')', second);
+}
+
+bool bx_text_checker::end() {
+  const std::string_view rest = context_.rest();
+  const std::size_t line_end = rest.find('\n');
+  if (line_end == std::string_view::npos) return context_.fail(context_.at() + rest.size(), "the line has no end");
+  if (!trimmed(rest.substr(0, line_end)).empty()) {
+    return context_.fail(context_.at(), "expected the end of the line, found " + context_.found(context_.at()));
+  }
+  context_.advance(line_end + 1);
+  return true;
+}
+
+bool bx_text_checker::count(const char* label, bx_long& value) {
+  const std::string_view rest = context_.rest();
+  const std::size_t line_end = rest.find('\n');
+  const std::string_view line = trimmed(rest.substr(0, line_end));
+  bool in_range = true;
+  // The reader looks at the first 99 characters only.
+  const bool short_enough = line_end != std::string_view::npos && line_end < static_cast<std::size_t>(bx_key_limit);
+  if (!short_enough || !parse(line, value, in_range)) {
+    return context_.fail(context_.at(),
+                         std::string("expected a line with the ") + label + ", found " + context_.found(context_.at()));
+  }
+  if (!in_range) return context_.fail(context_.at(), std::string("the ") + label + " does not fit into 32 bits");
+  context_.advance(line_end + 1);
+  return true;
+}
+
+// ---- binary
+
+const char* bx_binary_checker_base::take(const char* label, std::size_t count) {
+  if (context_.left() < count) {
+    context_.fail(context_.at(), neoform("expected the %d bytes of %s, found %d and the end of the file",
+                                         static_cast<int>(count), label, static_cast<int>(context_.left())));
+    return nullptr;
+  }
+  const char* bytes = context_.rest().data();
+  context_.advance(count);
+  return bytes;
+}
+
+bool bx_binary_checker_base::number(const char* label, bx_long& value) {
+  const char* bytes = take(label, 4);
+  if (bytes == nullptr) return false;
+  value = static_cast<bx_long>(static_cast<bx_ulong>(bx_decode(bytes, 4)));
+  return true;
+}
+
+bool bx_binary_checker_base::string(const char* label, bx_long limit, std::string_view& text) {
+  const std::string_view room = context_.rest().substr(0, static_cast<std::size_t>(limit));
+  const std::size_t end = room.find('\0');
+  if (end == std::string_view::npos) {
+    return context_.fail(context_.at(),
+                         room.size() < static_cast<std::size_t>(limit)
+                             ? std::string("the ") + label + " is cut off by the end of the file"
+                             : std::string(neoform("the %s is longer than %d characters", label, limit - 1)));
+  }
+  text = room.substr(0, end);
+  context_.advance(end + 1);
+  return true;
+}
+
+bool bx_binary_checker::name_table() {
+  const std::size_t start = context_.at();
+  bx_long count = 0;
+  if (!number("the name count", count)) return false;
+  constexpr std::size_t least_entry = 9;
+  if (count < 0) return context_.fail(start, neoform("the name count is %d", count));
+  if (static_cast<std::size_t>(count) > context_.left() / least_entry) {
+    return context_.fail(
+        start, neoform("the name count is %d, but the %lld bytes left hold at most %lld names", count,
+                       static_cast<long long>(context_.left()), static_cast<long long>(context_.left() / least_entry)));
+  }
+  table_.reserve(static_cast<std::size_t>(count));
+  for (bx_long i = 0; i < count; ++i) {
+    const std::size_t entry = context_.at();
+    const char* bytes = take("a name's address", 8);
+    if (bytes == nullptr) return false;
+    const std::uint64_t address = bx_decode(bytes, 8);
+    std::string_view text;
+    if (!string("name", bx_key_limit, text)) return false;
+    const auto [known, added] = table_.emplace(address, text);
+    if (!added && known->second != text) {
+      context_.add(severity::warning, entry, neoform("name %d has the address of an earlier one, which is lost", i));
+      known->second = text;
+    }
+    if (text.find('"') != std::string_view::npos) {
+      context_.add(severity::note, entry, "the name holds a double quote, which no text file can");
+    }
+  }
+  context_.report.names = count;
+  return true;
+}
+
+bool bx_binary_checker::name(bx_check_record& record) {
+  const std::size_t start = context_.at();
+  const char* bytes = take("a name reference", 8);
+  if (bytes == nullptr) return false;
+  const std::uint64_t address = bx_decode(bytes, 8);
+  const bool root = !root_seen_;
+  root_seen_ = true;
+  const auto known = table_.find(address);
+  if (known != table_.end()) {
+    record.name = known->second;
+    return true;
+  }
+  record.name = {};
+  if (root) {
+    context_.add(severity::note, start, "the root has no name");
+    return true;
+  }
+  if (address == 0) return true;
+  context_.add(
+      severity::error, start,
+      neoform("the name reference %016llX is not in the name table", static_cast<unsigned long long>(address)));
+  return true;
+}

@@ -1,0 +1,126 @@
+// SPDX-FileCopyrightText: The qelmodb authors
+// SPDX-License-Identifier: Apache-2.0
+
+// The coders that check records: one for each form, all walking the same descriptions as the readers. They
+// read bytes in memory and stop at the first that no reader could make sense of.
+#pragma once
+
+#include <charconv>
+#include <cstring>
+#include <unordered_map>
+
+#include "bx_record_readers.h"
+#include "qelmoext.h"
+#include "ut_hash.h"
+
+/// What a checked record holds.
+struct bx_check_record {
+  std::string_view name;
+  bx_long nodex = 0, nodey = 0, xmin = 0, xmax = 0, ymin = 0, ymax = 0;
+};
+
+/// The bytes, the place in them, and the faults found.
+class bx_check_context {
+ public:
+  bx_check_context(std::string_view bytes, const qelmodb::check_options& options) : bytes_(bytes), options_(options) {
+    report.bytes = static_cast<std::int64_t>(bytes.size());
+  }
+
+  qelmodb::check_report report;
+  std::vector<std::string_view> names;  // the path to the instance in hand
+  std::string_view wire;                // the wire in hand; empty outside wires
+  bool counts_lines = false;
+
+  std::size_t at() const noexcept { return at_; }
+  std::size_t left() const noexcept { return bytes_.size() - at_; }
+  std::string_view rest() const noexcept { return bytes_.substr(at_); }
+  void advance(std::size_t count) noexcept { at_ += count; }
+
+  /// Records a fault at a place at or behind the last one; always false.
+  bool fail(std::size_t offset, std::string message) {
+    add(qelmodb::severity::error, offset, std::move(message));
+    return false;
+  }
+  void add(qelmodb::severity level, std::size_t offset, std::string message);
+
+  /// What stands at a place, for messages.
+  std::string found(std::size_t offset) const;
+
+ private:
+  std::int64_t line_at(std::size_t offset);
+
+  std::string_view bytes_;
+  qelmodb::check_options options_;
+  std::size_t at_ = 0;
+  std::size_t line_start_ = 0;  // up to where line ends were counted
+  std::int64_t line_ = 1;
+};
+
+class bx_text_checker {
+ public:
+  explicit bx_text_checker(bx_check_context& context) : context_(context) {}
+
+  bool begin(const bx_record_kind& kind);
+  bool name(bx_check_record& record);
+  bool pair(const char* a, bx_long& first, const char* b, bx_long& second);
+  bool end();
+  bool count(const char* label, bx_long& number);
+
+  static const bx_form_sizes& sizes() noexcept { return bx_text_sizes; }
+
+ private:
+  bool expect(char c, const char* where);
+  bool number(const char* label, char delimiter, bx_long& value);
+
+  bx_check_context& context_;
+};
+
+/// Binary records, names apart.
+class bx_binary_checker_base {
+ public:
+  bool begin(const bx_record_kind& /*kind*/) { return true; }
+  bool pair(const char* a, bx_long& first, const char* b, bx_long& second) {
+    return number(a, first) && number(b, second);
+  }
+  bool end() { return true; }
+  bool count(const char* label, bx_long& value) { return number(label, value); }
+
+ protected:
+  explicit bx_binary_checker_base(bx_check_context& context) : context_(context) {}
+
+  /// The next count bytes, or null and an error.
+  const char* take(const char* label, std::size_t count);
+  bool number(const char* label, bx_long& value);
+
+  /// A NUL-terminated text that fits into limit bytes.
+  bool string(const char* label, bx_long limit, std::string_view& text);
+
+  bx_check_context& context_;
+};
+
+class bx_binary_checker : public bx_binary_checker_base {
+ public:
+  explicit bx_binary_checker(bx_check_context& context) : bx_binary_checker_base(context) {}
+
+  bool name_table();
+  bool name(bx_check_record& record);
+
+  static const bx_form_sizes& sizes() noexcept { return bx_binary_sizes; }
+
+ private:
+  struct key_hash {
+    std::size_t operator()(std::uint64_t key) const { return static_cast<std::size_t>(ut_hash(key, ut_hash_seed())); }
+  };
+
+  std::unordered_map<std::uint64_t, std::string_view, key_hash> table_;
+  bool root_seen_ = false;
+};
+
+class bx_binary_grid_checker : public bx_binary_checker_base {
+ public:
+  explicit bx_binary_grid_checker(bx_check_context& context) : bx_binary_checker_base(context) {}
+
+  bool name(bx_check_record& record) { return string("name", bx_grid_name_limit, record.name); }
+
+  static const bx_form_sizes& sizes() noexcept { return bx_binary_grid_sizes; }
+};

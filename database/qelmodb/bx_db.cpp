@@ -1,0 +1,57 @@
+// SPDX-FileCopyrightText: The qelmodb authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "bx_db.h"
+
+#include "bx_access.h"
+#include "ut_arith.h"
+
+bx_long BX_DB::MPAR_FLOW = 0;
+
+BX_DB::BX_DB() : BX_DB(nullptr, 0, 0, 0, 0) {
+  numinst = 0;
+  numbasicass = 0;
+}
+
+BX_DB::BX_DB(const char* db_name, bx_long x1, bx_long y1, bx_long x2, bx_long y2)
+    : BX_INSTANCE(db_name, x1, y1, x2, y2),
+      names(0),
+      grid(nullptr),
+      device(nullptr),
+      basicasstemplate(nullptr),
+      store_(new bx_name_store(names)) {
+  store_->keep(name);
+  top = this;
+}
+
+// Reported, and ended, by the copies of the instance part and of the name table.
+BX_DB::BX_DB(const BX_DB& other)
+    : BX_INSTANCE(other),
+      names(other.names),
+      grid(nullptr),
+      device(other.device),
+      basicasstemplate(nullptr),
+      numinst(other.numinst),
+      numbasicass(other.numbasicass),
+      store_(new bx_name_store(names)) {
+  top = this;
+}
+
+BX_DB& BX_DB::operator=(const BX_DB& other) {
+  BX_INSTANCE::operator=(other);
+  names = other.names;
+  grid = other.grid;
+  device = other.device;
+  if (this != &other) asstemplates = other.asstemplates;
+  basicasstemplate = other.basicasstemplate;
+  numinst = other.numinst;
+  numbasicass = other.numbasicass;
+  store_->invalidate();
+  return *this;
+}
+
+char* BX_DB::getcachedname(const char* s) { return s != nullptr ? store_->intern(s) : nullptr; }
+
+void BX_DB::count_inst() noexcept { numinst = ut_wrap_add(numinst, 1); }
+
+void BX_DB::count_basic_ass() noexcept { numbasicass = ut_wrap_add(numbasicass, 1); }

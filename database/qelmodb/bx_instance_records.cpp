@@ -1,0 +1,42 @@
+// SPDX-FileCopyrightText: The qelmodb authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include <cstdlib>
+
+#include "bx_record_readers.h"
+#include "bx_record_writers.h"
+#include "bx_reports.h"
+
+unsigned char BX_INSTANCE::writeme(UT_PTRFILE* file) const {
+  bx_binary_writer writer(*file);
+  return bx_write_tree(writer, *this, true) ? 1 : 0;
+}
+
+unsigned char BX_INSTANCE::readme(UT_PTRFILE* file) {
+  drop_own_name();
+  bx_binary_reader reader(*file);
+  const bool good = bx_read_tree(reader, *this, true);
+  // Cutting names changed strings that may be this database's.
+  if (top != nullptr) bx_access::names(*top).invalidate();
+  return good ? 1 : 0;
+}
+
+unsigned char BX_INSTANCE::writeme(UT_STREAM* file) const {
+  bx_text_writer writer(*file);
+  return bx_write_tree(writer, *this, true) ? 1 : 0;
+}
+
+unsigned char BX_INSTANCE::readme(UT_STREAM* file) {
+  drop_own_name();
+  bx_text_reader reader(*file, nullptr, top);
+  return bx_read_tree(reader, *this, true) ? 1 : 0;
+}
+
+void BX_INSTANCE::printme(int level) const { bx_print_tree(*this, level, true); }
+
+// A reader is about to store another name. A standalone instance owns the one it has; any other belongs to
+// its database.
+void BX_INSTANCE::drop_own_name() noexcept {
+  if (top == nullptr && !nameborrowed) std::free(name);
+  name = nullptr;
+}

@@ -1,0 +1,70 @@
+// SPDX-FileCopyrightText: The qelmodb authors
+// SPDX-License-Identifier: Apache-2.0
+
+// What a database keeps about its strings beside the public name table: an index that finds a text
+// whatever the order of the table, and the strings that no table holds but that must live as long as the
+// database.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+#include <unordered_set>
+#include <vector>
+
+#include "bx_db.h"
+
+class bx_name_store {
+ public:
+  explicit bx_name_store(DARRAY_NAME& table);
+  bx_name_store(const bx_name_store&) = delete;
+  bx_name_store& operator=(const bx_name_store&) = delete;
+
+  /// Frees the kept strings. The table frees its own.
+  ~bx_name_store();
+
+  /// The table's string of this text, added when there is none. O(1) on average for a known text.
+  char* intern(std::string_view text);
+
+  /// Texts of the table changed in place, or the table did.
+  void invalidate() noexcept {
+    indexed_ = -1;
+    owned_valid_ = false;
+  }
+
+  /// While a batch is open new names are only appended; closing it restores the order at the cost of
+  /// one sort. Nobody may look at the table in between.
+  void open_batch() noexcept;
+  void close_batch();
+
+  /// Keeps a string until the database is destroyed. Null is ignored. Takes no ownership when it throws.
+  void keep(char* string);
+
+  /// Moves all strings of the table to those kept, and empties it.
+  void keep_table();
+
+  /// Whether the table or the kept strings hold this very string.
+  bool owns(const char* string);
+
+ private:
+  struct slot {
+    char* text;
+    std::uint32_t hash;
+  };
+
+  std::uint32_t hash_of(std::string_view text) const noexcept;
+  slot* find(std::string_view text, std::uint32_t hash) noexcept;
+  void refresh();
+  void rehash(std::size_t size);
+  bool enter(char* text);
+
+  DARRAY_NAME& table_;
+  std::uint64_t seed_;
+  std::vector<slot> slots_;
+  std::size_t used_ = 0;
+  bx_long indexed_ = -1;   // entries of the table that the index covers; -1: build it anew
+  bool ascending_ = true;  // the indexed part of the table is sorted
+  bx_long batch_start_ = -1;
+  std::vector<char*> kept_;
+  std::unordered_set<const char*> owned_;
+  bool owned_valid_ = false;
+};

@@ -1,0 +1,221 @@
+// SPDX-FileCopyrightText: The qelmodb authors
+// SPDX-License-Identifier: Apache-2.0
+
+// Searches, comparisons and measures over whole trees, and what a file form could not hold.
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+#include <unordered_set>
+
+#include "bx_access.h"
+#include "bx_files.h"
+#include "bx_order.h"
+#include "qelmoext.h"
+
+#ifndef QELMODB_VERSION
+#error "the build defines QELMODB_VERSION"
+#endif
+
+namespace {
+
+/// Follows a walk and builds the path of names of the instance in hand.
+class path_tracker {
+ public:
+  void enter(const BX_INSTANCE& inst, bx_long depth) {
+    names_.resize(static_cast<std::size_t>(depth));
+    names_.push_back(ut_text(inst.name));
+  }
+
+  std::string text() const {
+    std::string joined;
+    for (std::size_t i = 0; i < names_.size(); ++i) {
+      if (i != 0) joined += '/';
+      joined += names_[i];
+    }
+    return joined;
+  }
+
+ private:
+  std::vector<const char*> names_;
+};
+
+template <class Matches>
+std::vector<qelmodb::found_instance> collect_instances(const BX_INSTANCE& root, Matches matches) {
+  std::vector<qelmodb::found_instance> found;
+  path_tracker path;
+  bx_walk(const_cast<BX_INSTANCE&>(root), [&](BX_INSTANCE& inst, bx_long depth) {
+    path.enter(inst, depth);
+    if (matches(inst)) found.push_back({&inst, path.text()});
+    return true;
+  });
+  return found;
+}
+
+bool same_wires(const DARRAY_BX_WIRE& a, const DARRAY_BX_WIRE& b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const BX_WIRE& left, const BX_WIRE& right) {
+    return left.nodex == right.nodex && left.nodey == right.nodey && bx_compare_names(left.name, right.name) == 0;
+  });
+}
+
+bool same_instance(const BX_INSTANCE& a, const BX_INSTANCE& b, qelmodb::content what) {
+  return a.xmin == b.xmin && a.xmax == b.xmax && a.ymin == b.ymin && a.ymax == b.ymax &&
+         bx_compare_names(a.name, b.name) == 0 && (what == qelmodb::content::grid || same_wires(a.wires, b.wires));
+}
+
+std::vector<const BX_INSTANCE*> children_of(const BX_INSTANCE& inst) {
+  std::vector<const BX_INSTANCE*> children;
+  std::copy_if(inst.instances.begin(), inst.instances.end(), std::back_inserter(children),
+               [](const BX_INSTANCE* child) { return child != nullptr; });
+  return children;
+}
+
+/// What one form asks of names.
+class name_rules {
+ public:
+  name_rules(const BX_DB& db, qelmodb::form as, qelmodb::content what)
+      : text_(as == qelmodb::form::text),
+        by_reference_(!text_ && what == qelmodb::content::database),
+        root_name_(db.name) {
+    longest_ = !text_ && what == qelmodb::content::grid ? BX_GRID_NAME_LIMIT : BX_FILE_NAME_LIMIT;
+    if (by_reference_) table_.insert(db.names.begin(), db.names.end());
+  }
+
+  /// Why the name would not come back; empty when it would.
+  std::string reason(const char* name) const {
+    if (name == nullptr) return by_reference_ ? "" : "no name; it would come back as \"\"";
+    const std::size_t length = std::strlen(name);
+    if (length > static_cast<std::size_t>(longest_)) {
+      return neoform("name of %lld characters; the form holds %d", static_cast<long long>(length), longest_);
+    }
+    if (text_ && std::strchr(name, '"') != nullptr) return "name with a double quote, which text files cannot hold";
+    if (by_reference_ && name != root_name_ && table_.count(name) == 0) {
+      return "name that is not in the database's name table, so that binary files cannot refer to it";
+    }
+    return "";
+  }
+
+ private:
+  bool text_;
+  bool by_reference_;
+  const char* root_name_;
+  bx_long longest_ = 0;
+  std::unordered_set<const char*> table_;
+};
+
+}  // namespace
+
+namespace qelmodb {
+
+const char* version() noexcept { return QELMODB_VERSION; }
+
+bool load(BX_DB& db, UT_PTRFILE& file, content what) {
+  char letter = '\0';
+  if (!bx_read_first_line(file, letter)) return false;
+  return what == content::grid ? bx_read_grid(db, file, letter) : bx_read_database(db, file, letter);
+}
+
+bool dump(const BX_DB& db, UT_PTRFILE& file, form as, content what) {
+  if (as == form::compressed) return false;
+  const bool ascii = as == form::text;
+  const bool written = what == content::grid ? bx_write_grid(db, file, ascii) : bx_write_database(db, file, ascii);
+  return written && file.flush();
+}
+
+std::vector<objection> dump_objections(const BX_DB& db, form as, content what, std::size_t most) {
+  std::vector<objection> objections;
+  const name_rules rules(db, as, what);
+  path_tracker path;
+  if (as == form::compressed) return {{"", "compressed databases are not supported by this version"}};
+  bx_walk(db, [&](const BX_INSTANCE& inst, bx_long depth) {
+    path.enter(inst, depth);
+    std::string reason = rules.reason(inst.name);
+    if (!reason.empty()) objections.push_back({path.text(), std::move(reason)});
+    if (what == content::grid) return objections.size() < most;
+    const BX_WIRE* last = nullptr;
+    for (const BX_WIRE& wire : inst.wires) {
+      if (objections.size() >= most) break;
+      if (last != nullptr && last->name == wire.name) continue;
+      last = &wire;
+      reason = rules.reason(wire.name);
+      if (!reason.empty()) objections.push_back({path.text() + "/" + ut_text(wire.name), std::move(reason)});
+    }
+    return objections.size() < most;
+  });
+  return objections;
+}
+
+std::vector<found_instance> find_instances(const BX_INSTANCE& root, const char* name) {
+  return collect_instances(root, [name](const BX_INSTANCE& inst) { return bx_compare_names(inst.name, name) == 0; });
+}
+
+std::vector<found_instance> instances_at(const BX_INSTANCE& root, bx_long x, bx_long y) {
+  return collect_instances(root, [x, y](const BX_INSTANCE& inst) {
+    return inst.xmin <= x && x <= inst.xmax && inst.ymin <= y && y <= inst.ymax;
+  });
+}
+
+std::vector<found_wire> find_wires(const BX_INSTANCE& root, const char* name) {
+  std::vector<found_wire> found;
+  path_tracker path;
+  bx_walk(const_cast<BX_INSTANCE&>(root), [&](BX_INSTANCE& inst, bx_long depth) {
+    path.enter(inst, depth);
+    for (BX_WIRE& wire : inst.wires) {
+      if (bx_compare_names(wire.name, name) == 0) found.push_back({&wire, &inst, path.text()});
+    }
+    return true;
+  });
+  return found;
+}
+
+std::string path_of(const BX_INSTANCE& root, const BX_INSTANCE& inst) {
+  path_tracker path;
+  const bool missing = bx_walk(root, [&](const BX_INSTANCE& here, bx_long depth) {
+    path.enter(here, depth);
+    return &here != &inst;
+  });
+  return missing ? std::string() : path.text();
+}
+
+tree_size measure(const BX_INSTANCE& root) {
+  tree_size size;
+  size.box = root;
+  std::unordered_set<const char*> seen;
+  std::unordered_set<std::string_view> texts;
+  const auto count_name = [&](const char* name) {
+    if (name != nullptr && seen.insert(name).second) texts.insert(name);
+  };
+  bx_walk(root, [&](const BX_INSTANCE& inst, bx_long depth) {
+    ++size.instances;
+    size.wires += inst.getnumwires();
+    size.depth = std::max<std::int64_t>(size.depth, depth);
+    size.box.xmin = std::min(size.box.xmin, inst.xmin);
+    size.box.xmax = std::max(size.box.xmax, inst.xmax);
+    size.box.ymin = std::min(size.box.ymin, inst.ymin);
+    size.box.ymax = std::max(size.box.ymax, inst.ymax);
+    if (bx_compare_names(inst.name, "BASIC_ASS") == 0) {
+      ++size.basic_ass;
+      size.basic_ass_wires += inst.getnumwires();
+    }
+    count_name(inst.name);
+    for (const BX_WIRE& wire : inst.wires) count_name(wire.name);
+    return true;
+  });
+  size.names = static_cast<std::int64_t>(texts.size());
+  return size;
+}
+
+bool same_tree(const BX_INSTANCE& a, const BX_INSTANCE& b, content what) {
+  std::vector<std::pair<const BX_INSTANCE*, const BX_INSTANCE*>> pending{{&a, &b}};
+  while (!pending.empty()) {
+    const auto [left, right] = pending.back();
+    pending.pop_back();
+    if (!same_instance(*left, *right, what)) return false;
+    const std::vector<const BX_INSTANCE*> left_children = children_of(*left);
+    const std::vector<const BX_INSTANCE*> right_children = children_of(*right);
+    if (left_children.size() != right_children.size()) return false;
+    for (std::size_t i = 0; i < left_children.size(); ++i) pending.emplace_back(left_children[i], right_children[i]);
+  }
+  return true;
+}
+
+}  // namespace qelmodb

@@ -1,0 +1,127 @@
+// SPDX-FileCopyrightText: The qelmodb authors
+// SPDX-License-Identifier: Apache-2.0
+
+// The database root: the whole tree of one device, and what its instances share.
+//
+// A BX_DB is itself the top-level instance. It owns its tree, its name table, its grid and its
+// templates, and borrows its device. Every instance of the tree has top pointing to it, and it points to
+// itself.
+//
+// Not thread-safe, except that lookups in a database that nobody changes may run concurrently. Loading,
+// dumping and everything that changes a database must not run on two threads at once, not even for two
+// databases.
+#pragma once
+
+#include <vector>
+
+#include "bx_instance.h"
+#include "pm_device.h"
+
+class ASS_TEMPLATE;
+class BASIC_ASS_TEMPLATE;
+class BX_GRID;
+class NP_DEVICE;
+class bx_name_store;
+
+using DARRAY_NAME = UT_DARRAY<char*>;
+
+class BX_API BX_DB : public BX_INSTANCE {
+ public:
+  // ---- fields, in this order, behind those of BX_INSTANCE
+
+  /// The interned names, owned. Sorted byte by byte, each text once; but after a binary file was loaded
+  /// exactly as the file lists them.
+  DARRAY_NAME names;
+  BX_GRID* grid;                            ///< the tile grid; null in this version
+  NP_DEVICE* device;                        ///< borrowed, or null
+  std::vector<ASS_TEMPLATE*> asstemplates;  ///< the instance templates; empty in this version
+  BASIC_ASS_TEMPLATE* basicasstemplate;     ///< the switch-matrix templates; null in this version
+  bx_long numinst;                          ///< counted by count_inst
+  bx_long numbasicass;                      ///< counted by count_basic_ass
+
+  /// Process-wide, set by clients that manage names by their flags: when it is not 0, destroying an
+  /// instance frees every name whose own nameborrowed flag (the instance's, the wire's) is clear,
+  /// whether or not the instance belongs to a database. A string of a name table, or one that a
+  /// database keeps, is never freed so, and no string twice.
+  static bx_long MPAR_FLOW;
+
+  // ---- make
+
+  /// An empty database without name, at an all-zero rectangle.
+  BX_DB();
+
+  /// An empty database with a name and a rectangle. Leaves numinst and numbasicass unset.
+  BX_DB(const char* db_name, bx_long x1, bx_long y1, bx_long x2, bx_long y2);
+
+  /// Forbidden: ends the process with "Copy constructor not allowed".
+  BX_DB(const BX_DB& other);
+
+  /// Shallow, as for BX_INSTANCE: the two share everything, and only one may be changed or destroyed.
+  BX_DB& operator=(const BX_DB& other);
+
+  /// Destroys the tree and everything the database owns; every pointer into it becomes invalid.
+  ~BX_DB() override;
+
+  // ---- compression: reserved, see BX_INSTANCE
+
+  void compress() override;
+  unsigned char writecompress(UT_PTRFILE* file) override;
+  unsigned char readcompress(UT_PTRFILE* file) override;
+
+  // ---- look up and change
+
+  /// The device. The database does not own it, and setdevice does not release the old one.
+  NP_DEVICE* getdevice() const noexcept { return device; }
+  void setdevice(NP_DEVICE* new_device) noexcept { device = new_device; }
+
+  /// Adds 1 to numinst, to numbasicass. They wrap around.
+  void count_inst() noexcept;
+  void count_basic_ass() noexcept;
+
+  /// Template i, the table, the switch-matrix templates. Nothing is checked: the template must exist.
+  ASS_TEMPLATE* get_non_basic_ass_tmp(int i) const noexcept { return asstemplates[static_cast<std::size_t>(i)]; }
+  std::vector<ASS_TEMPLATE*>& get_non_basic_ass_tmpvec() noexcept { return asstemplates; }
+  BASIC_ASS_TEMPLATE& get_basic_ass_tmp() const noexcept { return *basicasstemplate; }
+
+  // ---- files; results are 1 for success, 0 for failure
+
+  /// Loads a database file of text or binary form, told by its first line. 0 when the file cannot be
+  /// opened, is no database file (the message manager says so, and the file stays open with ut_file),
+  /// is damaged, or memory runs out. On failure after the first line what was read stays in the
+  /// database, whose former content is gone; before that nothing changes. A damaged text file may end
+  /// the process, see BX_INSTANCE::readme; check_file in qelmoext.h tells beforehand.
+  ///
+  /// When the environment variable KRT_LARGE_DESIGN is present, convert_hierarchy follows.
+  unsigned char load(const char* filename);
+
+  /// Writes the database as text or binary. The file appears as a whole, replacing an old one, or not
+  /// at all; 0 when it does not. Whether the file can be loaded again is for dump_objections in
+  /// qelmoext.h to say: names that are too long for the form are written all the same.
+  unsigned char dump(const char* filename, bool ascii);
+
+  /// Fetches the device from np_devcache, keeps it, and loads the device's data file (".bxd").
+  unsigned char load(PM_PIC_HDL picture);
+
+  /// Dumps to the device's name with ".bxd", in the current directory.
+  unsigned char dump(PM_PIC_HDL picture, bool ascii);
+
+  /// The same four for grid files (".bxg"): the tree without wires. After a text grid file was loaded
+  /// the tree stands alone: top is null everywhere, the root's included. KRT_LARGE_DESIGN has no effect.
+  unsigned char loadgrid(const char* filename);
+  unsigned char dumpgrid(const char* filename, bool ascii);
+  unsigned char loadgrid(PM_PIC_HDL picture);
+  unsigned char dumpgrid(PM_PIC_HDL picture, bool ascii);
+
+ protected:
+  /// Interns the text and returns the database's copy: one pointer per text. The caller keeps s. Null
+  /// gives null.
+  char* getcachedname(const char* s);
+
+ private:
+  friend class BX_INSTANCE;
+  friend struct bx_access;
+
+  void release_content();
+
+  bx_name_store* store_;  // owned: the index of the name table, and strings kept until the end
+};

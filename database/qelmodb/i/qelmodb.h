@@ -1,0 +1,14 @@
+// SPDX-FileCopyrightText: The qelmodb authors
+// SPDX-License-Identifier: Apache-2.0
+
+// The block database of a programmable-logic device: wires, instances, the database root.
+// A client includes this header; qelmotmplt.h adds the switch-matrix templates, qelmoext.h the checker
+// and the functions around the classes.
+#pragma once
+
+#include "bx_db.h"
+#include "bx_instance.h"
+#include "bx_wire.h"
+#include "np_devcache.h"
+#include "ut_filemanager.h"
+#include "ut_msgman.h"

@@ -1,0 +1,156 @@
+// SPDX-FileCopyrightText: The qelmodb authors
+// SPDX-License-Identifier: Apache-2.0
+
+// What tools need around the classes: checking a file before it is loaded, files on any stream, and searches
+// and comparisons over whole trees. Nothing here ends the process, whatever a file or a tree holds; memory
+// running out throws std::bad_alloc where nothing else is said.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "bx_walk.h"
+#include "qelmodb.h"
+
+namespace qelmodb {
+
+/// The version of the library, such as "0.1.0".
+BX_API const char* version() noexcept;
+
+/// The two kinds of files: trees with wires (".bxd"), trees without (".bxg").
+enum class content { database, grid };
+
+/// The forms of a file, told by the letter behind "BX_DB:" in its first line.
+enum class form { text, binary, compressed };
+
+BX_API const char* to_string(content what) noexcept;
+BX_API const char* to_string(form what) noexcept;
+
+// ---- checking
+
+/// How bad a fault is. error: loading would fail, end the process or give something else than the file
+/// says. warning: it loads, but lookups can miss what it holds. note: worth knowing, nothing is wrong.
+enum class severity { error, warning, note };
+
+BX_API const char* to_string(severity level) noexcept;
+
+/// One fault of a file.
+struct fault {
+  severity level;
+  std::int64_t offset;  ///< of the first byte concerned
+  std::int64_t line;    ///< of that byte in a text file, from 1; 0 in a binary file
+  std::string path;     ///< names from the root down to the place, joined by "/"; empty outside the tree
+  std::string message;
+
+  /// "line 12: ..." or "byte 345: ...", with the path in brackets.
+  BX_API std::string text() const;
+};
+
+struct check_options {
+  /// Faults of one severity beyond this number are counted, but not described.
+  std::size_t most_faults = 100;
+};
+
+/// What a check found.
+struct check_report {
+  form file_form = form::text;
+  content file_content = content::database;
+  std::int64_t bytes = 0;
+  std::int64_t instances = 0;  ///< root included
+  std::int64_t wires = 0;
+  std::int64_t names = 0;         ///< entries of the name table; 0 where the form has none
+  std::int64_t depth = 0;         ///< of the deepest instance; the root has 0
+  std::int64_t dollar_wires = 0;  ///< wires whose name holds a "$", which loading replaces by the separator
+  std::int64_t errors = 0;
+  std::int64_t warnings = 0;
+  std::int64_t notes = 0;
+  std::vector<fault> faults;  ///< in the order of the file
+
+  /// Loading gives true and exactly what the file says.
+  bool loadable() const noexcept { return errors == 0; }
+
+  /// Loadable, and all orders that lookups rely on hold.
+  bool sound() const noexcept { return errors == 0 && warnings == 0; }
+};
+
+/// Checks the bytes of a whole file. Time and memory are proportional to their number, the memory at most
+/// about 16 bytes for each of them. A damaged record ends the check, as nothing behind it can be told
+/// from it; until then every fault is reported.
+BX_API check_report check_bytes(std::string_view bytes, content what, const check_options& options = {});
+
+/// Reads a file through ut_file and checks it. A file that cannot be read is an error at offset 0.
+BX_API check_report check_file(const char* filename, content what, const check_options& options = {});
+
+/// What the bytes of a file hold, as far as they tell; database when both are possible.
+BX_API content detect_content(std::string_view bytes);
+
+// ---- files on streams
+
+/// Loads what the stream holds, first line included, as BX_DB::load and loadgrid do; KRT_LARGE_DESIGN is
+/// not looked at. A damaged text file may end the process: check the bytes first. False also when memory
+/// runs out.
+BX_API bool load(BX_DB& db, UT_PTRFILE& file, content what);
+
+/// Writes the database to the stream, as BX_DB::dump and dumpgrid do; the caller commits the stream. False
+/// when the stream failed, and for the compressed form, which this version does not write.
+BX_API bool dump(const BX_DB& db, UT_PTRFILE& file, form as, content what);
+
+/// Something that a file of a form could not hold.
+struct objection {
+  std::string path;    ///< names from the root down, joined by "/"
+  std::string reason;  ///< such as "name of 120 characters; text files hold 99"
+};
+
+/// What would not come back from a file of this form: names that are too long, hold a double quote (in
+/// text), are missing, or are no strings of the name table (in binary database files). Empty when
+/// everything would. At most most objections are described; the rest is left out.
+BX_API std::vector<objection> dump_objections(const BX_DB& db, form as, content what, std::size_t most = 100);
+
+// ---- searching and measuring whole trees
+
+/// An instance and the names that lead to it.
+struct found_instance {
+  BX_INSTANCE* inst;
+  std::string path;  ///< from the root down to the instance, joined by "/"
+};
+
+/// A wire, its instance and the names that lead to that.
+struct found_wire {
+  BX_WIRE* wire;
+  BX_INSTANCE* inst;
+  std::string path;  ///< from the root down to the instance
+};
+
+/// All instances of this name in the subtree, root included, in the order of bx_walk. O(n).
+BX_API std::vector<found_instance> find_instances(const BX_INSTANCE& root, const char* name);
+
+/// All wires of this name in the subtree, in the order of bx_walk, duplicates included. O(n). Also
+/// right where an instance's wires are out of order.
+BX_API std::vector<found_wire> find_wires(const BX_INSTANCE& root, const char* name);
+
+/// All instances of the subtree whose rectangle covers (x, y), edges included, in the order of bx_walk,
+/// whether or not their parents cover it. O(n).
+BX_API std::vector<found_instance> instances_at(const BX_INSTANCE& root, bx_long x, bx_long y);
+
+/// The names from root down to the instance, joined by "/"; empty when it is not in the subtree. O(n).
+BX_API std::string path_of(const BX_INSTANCE& root, const BX_INSTANCE& inst);
+
+struct tree_size {
+  std::int64_t instances = 0;  ///< root included
+  std::int64_t wires = 0;
+  std::int64_t names = 0;      ///< distinct texts of instance and wire names
+  std::int64_t depth = 0;      ///< of the deepest instance; the root has 0
+  std::int64_t basic_ass = 0;  ///< instances named "BASIC_ASS"
+  std::int64_t basic_ass_wires = 0;
+  UT_EXTREMA box;  ///< covers all rectangles
+};
+
+BX_API tree_size measure(const BX_INSTANCE& root);
+
+/// Whether both trees have the same names, rectangles, wires and children in the same order; wires are left
+/// out of a grid. Missing names equal "".
+BX_API bool same_tree(const BX_INSTANCE& a, const BX_INSTANCE& b, content what);
+
+}  // namespace qelmodb

@@ -1,0 +1,91 @@
+// SPDX-FileCopyrightText: The qelmodb authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "ut_filemanager.h"
+
+#include <algorithm>
+
+#include "ut_osfile.h"
+#include "ut_string.h"
+
+namespace {
+
+// The object outlives all other static objects, which may still load and dump while the process ends;
+// what was left open by then is closed all the same.
+UT_FILEMANAGER& built_in() {
+  static UT_FILEMANAGER* const manager = new UT_FILEMANAGER;
+  return *manager;
+}
+
+struct closer {
+  ~closer() { built_in().close_left(); }
+};
+const closer at_exit;
+
+}  // namespace
+
+UT_FILEMANAGER* ut_file = &built_in();
+
+UT_FILEMANAGER::UT_FILEMANAGER() = default;
+
+UT_FILEMANAGER::~UT_FILEMANAGER() {
+  close_left();
+  while (!streams_.empty()) forget(streams_.back());
+}
+
+UT_PTRFILE* UT_FILEMANAGER::add_ofile(const char* name, UT_ACCESS access, UT_PTRFILE* stream, bool replace) {
+  UT_OSFILE::fault fault;
+  auto open = [&] {
+    return access == UT_WRITE ? UT_OSFILE::open_write(ut_text(name), replace, fault)
+                              : UT_OSFILE::open_read(ut_text(name), fault);
+  };
+  std::unique_ptr<UT_OSFILE> file = open();
+  if (!file && fault.out_of_handles && !left_.empty()) {
+    close_left();
+    file = open();
+  }
+  if (!file) {
+    error_ = fault.text;
+    return nullptr;
+  }
+  streams_.push_back(stream);
+  stream->reset();
+  stream->access_ = access;
+  stream->file_ = std::move(file);
+  stream->manager_ = this;
+  return stream;
+}
+
+bool UT_FILEMANAGER::rm_ofile(UT_PTRFILE* stream) {
+  if (stream == nullptr || stream->manager_ != this) return false;
+  bool whole = true;
+  if (stream->access_ == UT_WRITE) {
+    UT_OSFILE::fault fault;
+    whole = stream->flush();
+    if (!whole) {
+      error_ = stream->file_->write_error();
+    } else if (!stream->file_->commit(fault)) {
+      whole = false;
+      error_ = fault.text;
+    }
+  }
+  left_.erase(std::remove(left_.begin(), left_.end(), stream), left_.end());
+  forget(stream);
+  return whole;
+}
+
+void UT_FILEMANAGER::leave(UT_PTRFILE* stream) { left_.push_back(stream); }
+
+void UT_FILEMANAGER::close_left() {
+  while (!left_.empty()) {
+    UT_PTRFILE* stream = left_.back();
+    left_.pop_back();
+    delete stream;
+  }
+}
+
+void UT_FILEMANAGER::forget(UT_PTRFILE* stream) noexcept {
+  streams_.erase(std::remove(streams_.begin(), streams_.end(), stream), streams_.end());
+  stream->file_.reset();
+  stream->manager_ = nullptr;
+}

@@ -1,0 +1,56 @@
+// SPDX-FileCopyrightText: The qelmodb authors
+// SPDX-License-Identifier: Apache-2.0
+
+// One open file of the operating system. This header and its source are the only place that knows
+// how a system opens, syncs and replaces files; all names are UTF-8.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+class UT_OSFILE {
+ public:
+  struct fault {
+    std::string text;  // one line that names the file
+    bool out_of_handles = false;
+  };
+
+  UT_OSFILE(const UT_OSFILE&) = delete;
+  UT_OSFILE& operator=(const UT_OSFILE&) = delete;
+
+  /// Null and a fault when the file cannot be read, or is a directory.
+  static std::unique_ptr<UT_OSFILE> open_read(const std::string& name, fault& why);
+
+  /// Opens for writing: with replace to a temporary file beside a regular target, else in place.
+  static std::unique_ptr<UT_OSFILE> open_write(const std::string& name, bool replace, fault& why);
+
+  /// Closes; a temporary file that was not committed is removed.
+  ~UT_OSFILE();
+
+  /// Bytes read, 0 at the end or on a fault.
+  std::size_t read(void* bytes, std::size_t count) noexcept;
+
+  /// True when all bytes were taken.
+  bool write(const void* bytes, std::size_t count) noexcept;
+
+  /// Makes what was written durable and puts it in the target's place.
+  bool commit(fault& why);
+
+  /// What the first failed write met, as a line that names the file.
+  std::string write_error() const;
+
+  /// Bytes not read yet; 2^63 - 1 when the system cannot tell (a pipe, a device).
+  std::int64_t bytes_left() const noexcept;
+
+ private:
+  UT_OSFILE(int handle, std::string name) : handle_(handle), name_(std::move(name)) {}
+
+  int handle_;
+  std::string name_;       // as the client gave it, for messages
+  std::string target_;     // where a commit puts the temporary file
+  std::string temporary_;  // empty when the target is written in place
+  std::int64_t size_ = -1;
+  std::int64_t read_ = 0;
+  int write_errno_ = 0;
+};

@@ -1,0 +1,158 @@
+// SPDX-FileCopyrightText: The qelmodb authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+
+#include "ut_osfile.h"
+
+namespace {
+
+std::string reason(const std::string& name, const char* what, int error) {
+  return name + ": " + what + ": " + std::strerror(error);
+}
+
+std::unique_ptr<UT_OSFILE> refuse(UT_OSFILE::fault& why, const std::string& name, const char* what, int error) {
+  why.text = reason(name, what, error);
+  why.out_of_handles = error == EMFILE || error == ENFILE;
+  return nullptr;
+}
+
+// The file that a name leads to, behind symbolic links; the name itself where nothing stands yet.
+std::string resolved(const std::string& name) {
+  char* path = ::realpath(name.c_str(), nullptr);
+  if (path == nullptr) return name;
+  std::string target = path;
+  std::free(path);
+  return target;
+}
+
+std::string folder_of(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  return slash == std::string::npos ? std::string() : path.substr(0, slash + 1);
+}
+
+// Opens a new file of its own in the target's folder. Its name does not grow with the target's, which
+// may already have the greatest length that the system takes.
+int create_temporary(const std::string& target, std::string& path) {
+  static unsigned counter = 0;
+  for (int attempt = 0; attempt < 10000; ++attempt) {
+    path = folder_of(target) + ".qelmodb-" + std::to_string(::getpid()) + "-" + std::to_string(counter++) + ".tmp";
+    const int handle = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (handle >= 0 || errno != EEXIST) return handle;
+  }
+  return -1;
+}
+
+void sync_folder(const std::string& target) {
+  const std::string folder = folder_of(target);
+  const int handle = ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (handle < 0) return;
+  ::fsync(handle);  // best effort: some file systems cannot sync a folder
+  ::close(handle);
+}
+
+}  // namespace
+
+std::unique_ptr<UT_OSFILE> UT_OSFILE::open_read(const std::string& name, fault& why) {
+  const int handle = ::open(name.c_str(), O_RDONLY | O_CLOEXEC);
+  if (handle < 0) return refuse(why, name, "cannot open for reading", errno);
+  std::unique_ptr<UT_OSFILE> file(new UT_OSFILE(handle, name));
+  struct stat status {};
+  if (::fstat(handle, &status) != 0) return refuse(why, name, "cannot open for reading", errno);
+  if (S_ISDIR(status.st_mode)) return refuse(why, name, "cannot open for reading", EISDIR);
+  // Files that the system makes up while they are read claim to be empty.
+  if (S_ISREG(status.st_mode) && status.st_size > 0) file->size_ = status.st_size;
+  return file;
+}
+
+std::unique_ptr<UT_OSFILE> UT_OSFILE::open_write(const std::string& name, bool replace, fault& why) {
+  constexpr const char* what = "cannot open for writing";
+  const std::string target = resolved(name);
+  struct stat status {};
+  const bool exists = ::stat(target.c_str(), &status) == 0;
+  if (exists && S_ISDIR(status.st_mode)) return refuse(why, name, what, EISDIR);
+  if (exists && ::access(target.c_str(), W_OK) != 0) return refuse(why, name, what, errno);
+  if (!replace || (exists && !S_ISREG(status.st_mode))) {
+    const int handle = ::open(target.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    if (handle < 0) return refuse(why, name, what, errno);
+    return std::unique_ptr<UT_OSFILE>(new UT_OSFILE(handle, name));
+  }
+  std::string temporary;
+  const int handle = create_temporary(target, temporary);
+  if (handle < 0) return refuse(why, name, what, errno);
+  std::unique_ptr<UT_OSFILE> file(new UT_OSFILE(handle, name));
+  file->target_ = target;
+  file->temporary_ = temporary;
+  if (exists && ::fchmod(handle, status.st_mode & 07777) != 0) return refuse(why, name, what, errno);
+  return file;
+}
+
+UT_OSFILE::~UT_OSFILE() {
+  if (handle_ >= 0) ::close(handle_);
+  if (!temporary_.empty()) ::unlink(temporary_.c_str());
+}
+
+std::size_t UT_OSFILE::read(void* bytes, std::size_t count) noexcept {
+  for (;;) {
+    const ssize_t got = ::read(handle_, bytes, count);
+    if (got >= 0) {
+      read_ += got;
+      return static_cast<std::size_t>(got);
+    }
+    if (errno != EINTR) return 0;
+  }
+}
+
+bool UT_OSFILE::write(const void* bytes, std::size_t count) noexcept {
+  const char* from = static_cast<const char*>(bytes);
+  while (count != 0) {
+    const ssize_t put = ::write(handle_, from, count);
+    if (put < 0 && errno == EINTR) continue;
+    if (put <= 0) {
+      if (write_errno_ == 0) write_errno_ = put < 0 ? errno : ENOSPC;
+      return false;
+    }
+    from += put;
+    count -= static_cast<std::size_t>(put);
+  }
+  return true;
+}
+
+bool UT_OSFILE::commit(fault& why) {
+  const bool in_place = temporary_.empty();
+  // A pipe or a device cannot be synced; that is no fault.
+  const bool synced = ::fsync(handle_) == 0 || (in_place && (errno == EINVAL || errno == EROFS || errno == ENOTSUP));
+  const int sync_error = errno;
+  const bool closed = ::close(handle_) == 0;
+  const int error = synced ? errno : sync_error;
+  handle_ = -1;
+  if (!synced || !closed) {
+    refuse(why, name_, "cannot write", error);
+    return false;
+  }
+  if (in_place) return true;
+  if (::rename(temporary_.c_str(), target_.c_str()) != 0) {
+    refuse(why, name_, "cannot replace", errno);
+    return false;
+  }
+  temporary_.clear();
+  sync_folder(target_);
+  return true;
+}
+
+std::string UT_OSFILE::write_error() const {
+  return reason(name_, "cannot write", write_errno_ != 0 ? write_errno_ : EIO);
+}
+
+std::int64_t UT_OSFILE::bytes_left() const noexcept {
+  if (size_ < 0) return std::numeric_limits<std::int64_t>::max();
+  return size_ > read_ ? size_ - read_ : 0;
+}
