@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <new>
-#include <source_location>
 
 #include "ut_msgman.h"
 
@@ -19,7 +18,7 @@ constexpr char array_module_tag[] = "\xC1\xD2\xD2\xC1\xD9\xB5\xB1";
 
 UT_BASE_ARRAY::UT_BASE_ARRAY(const UT_BASE_ARRAY& other) : step_(other.step_) {
   ut_msgman->msgfatal("Copy constructor not allowed", array_module_tag, "darray",
-                      static_cast<short>(std::source_location::current().line()), "hdrfile", 1, 0);
+                      __LINE__, "hdrfile", 1, 0);
 }
 
 void UT_BASE_ARRAY::empty() noexcept {

@@ -30,7 +30,11 @@ UT_FILEMANAGER::UT_FILEMANAGER() = default;
 
 UT_FILEMANAGER::~UT_FILEMANAGER() {
   close_left();
-  while (!streams_.empty()) forget(streams_.back());
+  while (!streams_.empty()) {
+    UT_PTRFILE* stream = streams_.back();
+    forget(stream);
+    if (stream->access_ == UT_WRITE) stream->fail();  // what was written is gone
+  }
 }
 
 UT_PTRFILE* UT_FILEMANAGER::add_ofile(const char* name, UT_ACCESS access, UT_PTRFILE* stream, bool replace) {
@@ -86,6 +90,9 @@ void UT_FILEMANAGER::close_left() {
 
 void UT_FILEMANAGER::forget(UT_PTRFILE* stream) noexcept {
   streams_.erase(std::remove(streams_.begin(), streams_.end(), stream), streams_.end());
+  const bool was_ok = stream->ok();
+  stream->reset();
+  if (!was_ok) stream->fail();
   stream->file_.reset();
   stream->manager_ = nullptr;
 }

@@ -7,7 +7,6 @@
 
 #include <cerrno>
 #include <climits>
-#include <cstdlib>
 #include <cstring>
 #include <limits>
 
@@ -25,18 +24,22 @@ std::unique_ptr<UT_OSFILE> refuse(UT_OSFILE::fault& why, const std::string& name
   return nullptr;
 }
 
-// The file that a name leads to, behind symbolic links; the name itself where nothing stands yet.
-std::string resolved(const std::string& name) {
-  char* path = ::realpath(name.c_str(), nullptr);
-  if (path == nullptr) return name;
-  std::string target = path;
-  std::free(path);
-  return target;
-}
-
 std::string folder_of(const std::string& path) {
   const std::size_t slash = path.rfind('/');
   return slash == std::string::npos ? std::string() : path.substr(0, slash + 1);
+}
+
+// The file that a name leads to behind symbolic links, whether or not it exists.
+std::string resolved(std::string name) {
+  constexpr int most_links = 40;
+  char link[PATH_MAX];
+  for (int links = 0; links < most_links; ++links) {
+    const ssize_t length = ::readlink(name.c_str(), link, sizeof link);
+    if (length <= 0 || length == static_cast<ssize_t>(sizeof link)) break;
+    const std::string target(link, static_cast<std::size_t>(length));
+    name = target.front() == '/' ? target : folder_of(name) + target;
+  }
+  return name;
 }
 
 // Opens a new file of its own in the target's folder. Its name does not grow with the target's, which
@@ -78,6 +81,7 @@ std::unique_ptr<UT_OSFILE> UT_OSFILE::open_write(const std::string& name, bool r
   const std::string target = resolved(name);
   struct stat status {};
   const bool exists = ::stat(target.c_str(), &status) == 0;
+  if (target.empty()) return refuse(why, name, what, ENOENT);
   if (exists && S_ISDIR(status.st_mode)) return refuse(why, name, what, EISDIR);
   if (exists && ::access(target.c_str(), W_OK) != 0) return refuse(why, name, what, errno);
   if (!replace || (exists && !S_ISREG(status.st_mode))) {

@@ -3,9 +3,11 @@
 
 // Binding trees to a database: every name becomes the database's interned string.
 #include <cstdlib>
+#include <optional>
 #include <vector>
 
 #include "bx_access.h"
+#include "qelmoext.h"
 #include "ut_string.h"
 
 namespace {
@@ -39,7 +41,8 @@ void BX_INSTANCE::rebind(BX_DB* db) {
 
 void BX_INSTANCE::settoplevel(BX_DB* db) {
   if (db == top) return;
-  const bx_name_batch batch(db);
+  std::optional<qelmodb::name_batch> batch;
+  if (db != nullptr) batch.emplace(*db);
   std::vector<BX_INSTANCE*> pending{this};
   while (!pending.empty()) {
     BX_INSTANCE* inst = pending.back();

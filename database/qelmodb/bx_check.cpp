@@ -10,7 +10,6 @@
 #include "bx_check_coders.h"
 #include "ut_filemanager.h"
 
-using qelmodb::check_options;
 using qelmodb::check_report;
 using qelmodb::content;
 using qelmodb::form;

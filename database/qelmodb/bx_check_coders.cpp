@@ -156,9 +156,11 @@ bool bx_text_checker::count(const char* label, bx_long& value) {
   const std::size_t line_end = rest.find('\n');
   const std::string_view line = trimmed(rest.substr(0, line_end));
   bool in_range = true;
+  if (line_end == std::string_view::npos) {
+    return context_.fail(context_.at() + rest.size(), std::string("the line with the ") + label + " has no end");
+  }
   // The reader looks at the first 99 characters only.
-  const bool short_enough = line_end != std::string_view::npos && line_end < static_cast<std::size_t>(bx_key_limit);
-  if (!short_enough || !parse(line, value, in_range)) {
+  if (line_end >= static_cast<std::size_t>(bx_key_limit) || !parse(line, value, in_range)) {
     return context_.fail(context_.at(),
                          std::string("expected a line with the ") + label + ", found " + context_.found(context_.at()));
   }

@@ -9,6 +9,7 @@
 
 #include "bx_record_readers.h"
 #include "bx_record_writers.h"
+#include "qelmoext.h"
 
 namespace {
 
@@ -48,7 +49,7 @@ bool read_names(BX_DB& db, UT_PTRFILE& file) {
     std::unique_ptr<char, decltype(&std::free)> name(ut_strdup(text), &std::free);
     char* string = name.get();
     db.names.a_add(&string);
-    name.release();
+    static_cast<void>(name.release());
     file.fixtable().setnewaddr(address, string);
   }
   return true;
@@ -66,7 +67,7 @@ bool names_resolved(BX_DB& db, UT_PTRFIXTABLE& fixtable) {
 }
 
 bool read_text_database(BX_DB& db, UT_PTRFILE& file) {
-  const bx_name_batch batch(&db);
+  const qelmodb::name_batch batch(db);
   bx_text_reader reader(file, &db, nullptr);
   return bx_read_tree(reader, db, true);
 }
@@ -89,9 +90,9 @@ bool bx_read_first_line(UT_STREAM& file, char& letter) {
 }
 
 bool bx_read_database(BX_DB& db, UT_PTRFILE& file, char letter) {
-  if (letter == bx_compressed_letter) return false;
   try {
     bx_access::release_content(db);
+    if (letter == bx_compressed_letter) return false;
     const bool good = letter == bx_text_letter ? read_text_database(db, file) : read_binary_database(db, file);
     return good && file.ok();
   } catch (const std::bad_alloc&) {

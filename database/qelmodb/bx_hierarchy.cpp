@@ -70,11 +70,12 @@ void BX_INSTANCE::regroup_children(bx_long present) {
     --left_in_group;
   }
   instances.empty();
-  children_in_order_ = true;
+  note_child_order();
   for (BX_INSTANCE* made : groups) addinstance(made);
 }
 
 void BX_INSTANCE::convert_hierarchy() {
+  const bx_long left_edge = xmin;
   std::vector<visit> path;
   auto enter = [&path](BX_INSTANCE* inst) {
     const bx_long present = present_children(*inst);
@@ -94,4 +95,5 @@ void BX_INSTANCE::convert_hierarchy() {
     path.pop_back();
     if (!path.empty()) widen(*path.back().inst, *inst);
   }
+  if (xmin != left_edge) ++bx_left_edges_moved;
 }

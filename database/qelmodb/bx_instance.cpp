@@ -12,6 +12,8 @@
 
 char BX_INSTANCE::separator = '\0';
 
+std::atomic<bx_ulong> bx_left_edges_moved{0};
+
 BX_INSTANCE::BX_INSTANCE(const char* instance_name, bx_long x1, bx_long y1, bx_long x2, bx_long y2)
     : nameborrowed(false),
       name(ut_strdup(instance_name)),
@@ -19,7 +21,8 @@ BX_INSTANCE::BX_INSTANCE(const char* instance_name, bx_long x1, bx_long y1, bx_l
       instances(4),
       top(nullptr),
       tmplt(0),
-      children_in_order_(true) {
+      in_order_(true),
+      in_order_at_(bx_left_edges_moved) {
   xmin = std::min(x1, x2);
   xmax = std::max(x1, x2);
   ymin = std::min(y1, y2);
@@ -36,7 +39,8 @@ BX_INSTANCE::BX_INSTANCE(const BX_INSTANCE& other)
       instances(other.instances),
       top(nullptr),
       tmplt(other.tmplt),
-      children_in_order_(true) {
+      in_order_(true),
+      in_order_at_(bx_left_edges_moved) {
   name = nullptr;
 }
 
@@ -53,20 +57,42 @@ void BX_INSTANCE::addwire(const BX_WIRE* w) {
   added.name = nullptr;
 }
 
-// The first child with this left edge. The binary search gives the same answer as a walk wherever the
-// children are known to be in order; there, no child is null.
-BX_INSTANCE* BX_INSTANCE::find_column(bx_long x, bool& met_null) const noexcept {
-  met_null = false;
-  if (children_in_order_) {
-    BX_INSTANCE** const column =
-        std::lower_bound(instances.begin(), instances.end(), x,
-                         [](const BX_INSTANCE* child, bx_long edge) { return child->xmin < edge; });
-    return column != instances.end() && (*column)->xmin == x ? *column : nullptr;
+namespace {
+
+// Up to here walking costs no more than halving saves, and it answers also where a client has moved or taken out
+// children by hand.
+constexpr bx_long longest_walk = 256;
+
+// The index of the first child, in a list that is in order, that does not start left of x; 0 when a null child
+// tells that the list is not.
+bx_long first_not_left_of(const DARRAY_BX_INSTPTR& children, bx_long x) noexcept {
+  bx_long low = 0;
+  bx_long high = children.getcount();
+  while (low < high) {
+    const bx_long mid = low + (high - low) / 2;
+    if (children[mid] == nullptr) return 0;
+    if (children[mid]->xmin < x) {
+      low = mid + 1;
+    } else {
+      high = mid;
+    }
   }
-  for (BX_INSTANCE* child : instances) {
+  return low;
+}
+
+}  // namespace
+
+// The first child with this left edge; met_null tells that the search came upon a null child first.
+BX_INSTANCE* BX_INSTANCE::find_column(bx_long x, bool& met_null) noexcept {
+  const bx_long count = instances.getcount();
+  const bool ordered = count > longest_walk && children_in_order();
+  met_null = false;
+  for (bx_long i = ordered ? first_not_left_of(instances, x) : 0; i < count; ++i) {
+    BX_INSTANCE* child = instances[i];
     met_null = child == nullptr;
     if (met_null) return nullptr;
     if (child->xmin == x) return child;
+    if (ordered && child->xmin > x) return nullptr;
   }
   return nullptr;
 }
@@ -89,7 +115,7 @@ void BX_INSTANCE::addinstance(BX_INSTANCE* inst) {
     fresh->top = top;
     column = fresh.get();
     instances.a_sortadd(&column, bx_compare_children);
-    fresh.release();
+    static_cast<void>(fresh.release());
   }
   column->attach(inst);
 }
@@ -100,18 +126,21 @@ void BX_INSTANCE::attach(BX_INSTANCE* inst) {
   ymin = std::min(ymin, inst->ymin);
   ymax = std::max(ymax, inst->ymax);
   // Compared with the lower edge, not the left one: clients know and rely on it.
-  if (xmin > inst->ymin) xmin = inst->xmin;
+  if (xmin > inst->ymin && xmin != inst->xmin) {
+    xmin = inst->xmin;
+    ++bx_left_edges_moved;
+  }
   inst->settoplevel(top);
 }
 
 void BX_INSTANCE::note_child_order() noexcept {
-  children_in_order_ = true;
-  const BX_INSTANCE* before = nullptr;
-  for (const BX_INSTANCE* child : instances) {
-    if (child == nullptr || (before != nullptr && before->xmin > child->xmin)) {
-      children_in_order_ = false;
-      return;
-    }
-    before = child;
-  }
+  in_order_at_ = bx_left_edges_moved;
+  in_order_ = std::find(instances.begin(), instances.end(), nullptr) == instances.end() &&
+              std::is_sorted(instances.begin(), instances.end(),
+                             [](const BX_INSTANCE* a, const BX_INSTANCE* b) { return a->xmin < b->xmin; });
+}
+
+bool BX_INSTANCE::children_in_order() noexcept {
+  if (in_order_at_ != bx_left_edges_moved) note_child_order();
+  return in_order_;
 }

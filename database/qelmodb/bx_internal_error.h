@@ -6,8 +6,6 @@
 // memory-safe, and nothing more.
 #pragma once
 
-#include <source_location>
-
 #include "ut_types.h"
 
 /// The tag of most sites.
@@ -16,12 +14,12 @@ inline constexpr char BX_TAG[] = "BXDB";
 /// The tag of the sites that identify the module by its token; the bytes have no meaning.
 inline constexpr char BX_MODULE_TOKEN[] = "\xD1\xC5\xCC\xCD\xCF\xC4\xC2";
 
-/// Where a report comes from.
+/// Where a report comes from; line is __LINE__.
 struct bx_error_site {
   const char* tag;
   const char* source;
   bx_long code;
-  std::source_location location = std::source_location::current();
+  int line;
 };
 
 /// Shows the detail when KRT_SHOW_INTERNAL_ERROR is in the environment (whatever its value, looked up

@@ -114,17 +114,26 @@ char* bx_name_store::intern(std::string_view text) {
   return string;
 }
 
-void bx_name_store::open_batch() noexcept { batch_start_ = table_.getcount(); }
+void bx_name_store::open_batch() noexcept {
+  if (batches_++ == 0) batch_start_ = table_.getcount();
+}
 
 void bx_name_store::close_batch() {
-  if (batch_start_ < 0) return;
-  char** first = table_.begin();
-  char** fresh = first + batch_start_;
+  if (--batches_ > 0) return;
+  char** const first = table_.begin();
+  char** const fresh = first + batch_start_;
+  char** const end = table_.end();
   batch_start_ = -1;
   // In a table that keeps a file's order the new names were inserted one by one.
-  if (!ascending_ || fresh >= table_.end()) return;
-  std::sort(fresh, table_.end(), before);
-  std::inplace_merge(first, fresh, table_.end(), before);
+  if (!ascending_ || fresh >= end) return;
+  // Merging looks at the whole table; a few names are moved to their places one by one.
+  constexpr std::ptrdiff_t few = 8;
+  if (end - fresh <= few) {
+    for (char** name = fresh; name != end; ++name) std::rotate(std::upper_bound(first, name, *name, before), name, name + 1);
+    return;
+  }
+  std::sort(fresh, end, before);
+  std::inplace_merge(first, fresh, end, before);
 }
 
 void bx_name_store::keep(char* string) {
@@ -139,6 +148,7 @@ void bx_name_store::keep_table() {
     if (string != nullptr) kept_.push_back(string);
   }
   table_.empty();
+  if (batches_ > 0) batch_start_ = 0;
   invalidate();
 }
 

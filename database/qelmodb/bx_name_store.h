@@ -31,8 +31,8 @@ class bx_name_store {
     owned_valid_ = false;
   }
 
-  /// While a batch is open new names are only appended; closing it restores the order at the cost of
-  /// one sort. Nobody may look at the table in between.
+  /// While a batch is open new names are only appended; closing the outermost one restores the order at the cost
+  /// of one sort. Nobody may look at the table in between.
   void open_batch() noexcept;
   void close_batch();
 
@@ -64,6 +64,7 @@ class bx_name_store {
   bx_long indexed_ = -1;   // entries of the table that the index covers; -1: build it anew
   bool ascending_ = true;  // the indexed part of the table is sorted
   bx_long batch_start_ = -1;
+  int batches_ = 0;  // open ones, nested
   std::vector<char*> kept_;
   std::unordered_set<const char*> owned_;
   bool owned_valid_ = false;

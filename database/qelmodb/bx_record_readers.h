@@ -322,7 +322,7 @@ bool bx_read_tree(Reader& reader, BX_INSTANCE& root, bool with_wires) {
       fresh->top = reader.child_top(*here.inst);
       BX_INSTANCE* child = fresh.get();
       here.inst->instances.a_add(&child);
-      fresh.release();
+      static_cast<void>(fresh.release());
       good = enter(*child);
       continue;
     }

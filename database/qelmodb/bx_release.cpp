@@ -103,7 +103,7 @@ void BX_DB::release_content() {
   instances.empty();
   store_->keep_table();
   top = this;
-  children_in_order_ = true;
+  note_child_order();
 }
 
 BX_DB::~BX_DB() {

@@ -178,7 +178,7 @@ std::string path_of(const BX_INSTANCE& root, const BX_INSTANCE& inst) {
 
 tree_size measure(const BX_INSTANCE& root) {
   tree_size size;
-  size.box = root;
+  size.box = static_cast<const UT_EXTREMA&>(root);
   std::unordered_set<const char*> seen;
   std::unordered_set<std::string_view> texts;
   const auto count_name = [&](const char* name) {

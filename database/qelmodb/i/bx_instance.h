@@ -197,7 +197,7 @@ class BX_API BX_INSTANCE : public BX_EXTREMA {
 
   class name_releaser;
 
-  BX_INSTANCE* find_column(bx_long x, bool& met_null) const noexcept;
+  BX_INSTANCE* find_column(bx_long x, bool& met_null) noexcept;
   void attach(BX_INSTANCE* inst);
   void release_names(name_releaser& releaser);
   void destroy_children(name_releaser& releaser);
@@ -207,9 +207,13 @@ class BX_API BX_INSTANCE : public BX_EXTREMA {
   void note_child_order() noexcept;
   void drop_own_name() noexcept;
 
-  // In the padding behind tmplt. False when the children may be out of position order, as a file or
-  // the widening of convert_hierarchy can leave them: then no search may rely on that order.
-  bool children_in_order_;
+  bool children_in_order() noexcept;
+
+  // Both lie in the padding behind tmplt. Whether the children are in position order, which a file or the widening
+  // of convert_hierarchy can upset; and the state of the process-wide count of left edges moved by the library at
+  // which that was found out.
+  bool in_order_;
+  bx_ulong in_order_at_;
 };
 
 static_assert(sizeof(BX_INSTANCE) == 104, "millions of instances: a field more is a cost to be weighed");

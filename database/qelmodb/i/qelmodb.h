@@ -10,5 +10,8 @@
 #include "bx_instance.h"
 #include "bx_wire.h"
 #include "np_devcache.h"
+#include "ut_arith.h"
 #include "ut_filemanager.h"
 #include "ut_msgman.h"
+#include "ut_point.h"
+#include "ut_string.h"

@@ -108,6 +108,23 @@ struct objection {
 /// everything would. At most most objections are described; the rest is left out.
 BX_API std::vector<objection> dump_objections(const BX_DB& db, form as, content what, std::size_t most = 100);
 
+// ---- building large trees
+
+/// Makes adding many new names cheap. While an object of this class lives, names that are new to the database are
+/// appended to db.names out of order, and when the last one goes the table is sorted once. Without it each new name
+/// moves those behind it: some 20 microseconds in a table of 200 thousand. Look at db.names, and dump, only when none
+/// lives. Objects may nest; the database must outlive them.
+class BX_API name_batch {
+ public:
+  explicit name_batch(BX_DB& db) noexcept;
+  name_batch(const name_batch&) = delete;
+  name_batch& operator=(const name_batch&) = delete;
+  ~name_batch();
+
+ private:
+  BX_DB& db_;
+};
+
 // ---- searching and measuring whole trees
 
 /// An instance and the names that lead to it.
