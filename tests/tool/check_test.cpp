@@ -1,0 +1,105 @@
+// SPDX-FileCopyrightText: The qelmodb authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "bxdb_runner.h"
+
+namespace {
+
+using namespace test;
+
+class BxdbCheck : public ToolTest {};
+
+TEST_F(BxdbCheck, ASoundFileGivesOneLineAndStatusZero) {
+  const std::string db = made("a.bxd", small_text());
+  const outcome sound = expect(0, {"check", db});
+  EXPECT_EQ(sound.out, db + ": sound: text database file, 4 instances, 8 wires; 0 errors, 0 warnings, 0 notes\n");
+  EXPECT_TRUE(sound.err.empty());
+}
+
+TEST_F(BxdbCheck, AFaultNamesFileLineAndPath) {
+  // The right child stands before the left one: a fault of order.
+  const std::string db = made("a.bxd", replaced(small_text(), "\"LEFT\" (0, 0) (40, 40)", "\"LEFT\" (70, 0) (90, 40)"));
+  const outcome bad = expect(1, {"check", db});
+  EXPECT_TRUE(holds(bad.out, db + ": warning: line 17: ")) << bad.out;
+  EXPECT_TRUE(holds(bad.out, "chip/RIGHT")) << bad.out;
+  EXPECT_TRUE(holds(bad.out, db + ": loadable, but")) << bad.out;
+}
+
+TEST_F(BxdbCheck, ATextCutOffAnywhereIsInvalidAndNamesThePlace) {
+  const std::string whole = small_text();
+  for (std::size_t length = 0; length + 1 < whole.size(); length += 23) {
+    const std::string db = made("cut.bxd", whole.substr(0, length));
+    const outcome bad = expect(1, {"check", db});
+    EXPECT_TRUE(holds(bad.out, db + ": error: ")) << length << bad.out;
+    EXPECT_EQ(bad.err, "");
+    expect(2, {"info", db});
+  }
+}
+
+TEST_F(BxdbCheck, ABinaryFileCutOffAnywhereIsInvalidAndNamesThePlace) {
+  expect(0, {"convert", made("a.bxd", small_text()), file("b.bxd"), "--form", "binary"});
+  const std::string whole = read_file(file("b.bxd"));
+  for (std::size_t length = 8; length < whole.size(); length += 29) {
+    const std::string db = made("cut.bxd", whole.substr(0, length));
+    const outcome bad = expect(1, {"check", db});
+    EXPECT_TRUE(holds(bad.out, db + ": error: byte ")) << length << bad.out;
+    expect(2, {"print", db});
+  }
+}
+
+TEST_F(BxdbCheck, AFileThatIsNoDatabaseIsInvalidAndOneThatCannotBeReadIsAFailure) {
+  expect(1, {"check", made("a.txt", "nothing\n")});
+  expect(1, {"check", made("empty.bxd", "")});
+  EXPECT_TRUE(holds(expect(2, {"check", file("missing.bxd")}).err, file("missing.bxd") + ": "));
+  EXPECT_TRUE(holds(expect(2, {"check", folder_.path().string()}).err, "Is a directory"));
+}
+
+TEST_F(BxdbCheck, TextThatWouldEndALoadingProcessIsOnlyReported) {
+  const std::string long_name(100, 'n');
+  expect(1, {"check", made("a.bxd", replaced(small_text(), "\"J1\"", '"' + long_name + '"'))});
+  expect(1, {"check", made("a.bxd", "BX_DB:A\nBX_INSTANCE: ")});
+  expect(1, {"check", made("a.bxd", replaced(small_text(), "(9, 10)", "(" + std::string(200, '9') + ", 10)"))});
+}
+
+TEST_F(BxdbCheck, CountsThatTheBytesCannotHoldAreReported) {
+  const std::string db = made("a.bxd", replaced(small_text(), "(0, 0) (20, 20)\n2\n", "(0, 0) (20, 20)\n2000000000\n"));
+  EXPECT_TRUE(holds(expect(1, {"check", db}).out, db + ": error: line "));
+  expect(2, {"info", db});
+}
+
+TEST_F(BxdbCheck, JsonTellsWhatTheTextTells) {
+  const nlohmann::json sound = json_of(0, {"check", made("a.bxd", small_text())});
+  EXPECT_EQ(sound["form"], "text");
+  EXPECT_EQ(sound["instances"], 4);
+  EXPECT_EQ(sound["wires"], 8);
+  EXPECT_EQ(sound["dollar_wires"], 2);
+  EXPECT_TRUE(sound["faults"].empty());
+  const nlohmann::json bad = json_of(1, {"check", made("b.bxd", small_text().substr(0, 200))});
+  EXPECT_EQ(bad["loadable"], false);
+  EXPECT_EQ(bad["faults"][0]["severity"], "error");
+  EXPECT_GT(bad["faults"][0]["line"], 1);
+}
+
+TEST_F(BxdbCheck, ControlCharactersOfNamesAreEscaped) {
+  const std::string db = made("a.bxd", replaced(small_text(), "\"RIGHT\" (50, ", "\"\x1b[2J\" (-9, "));
+  const outcome bad = expect(1, {"check", db});
+  EXPECT_TRUE(holds(bad.out, "\\x1b[2J")) << bad.out;
+  EXPECT_FALSE(holds(bad.out, "\x1b"));
+}
+
+TEST_F(BxdbCheck, MostLimitsWhatIsDescribedAndSaysSo) {
+  std::string text = "BX_DB:A\nBX_INSTANCE: \"r\" (0, 0) (9, 9)\n50\n";
+  for (int i = 50; i > 0; --i) text += "BX_WIRE:  \"W" + std::to_string(100 + i) + "\" (1, 1)\n";
+  const std::string db = made("a.bxd", text + "0\n");
+  const outcome some = expect(1, {"check", db, "--most", "3"});
+  EXPECT_EQ(lines_of(some.out), 4U) << some.out;
+  EXPECT_TRUE(holds(some.out, "not shown; see --most"));
+}
+
+TEST_F(BxdbCheck, ACompressedDatabaseIsNotSupportedByThisVersion) {
+  const std::string db = made("a.bxd", "BX_DB:C\n" + std::string(40, '\0'));
+  EXPECT_TRUE(holds(expect(1, {"check", db}).out, "compressed"));
+  expect(2, {"info", db});
+}
+
+}  // namespace

@@ -1,0 +1,78 @@
+// SPDX-FileCopyrightText: The qelmodb authors
+// SPDX-License-Identifier: Apache-2.0
+
+// Databases of real fabrics, which are not part of the sources.
+#include <zlib.h>
+
+#include "bxdb_runner.h"
+
+namespace {
+
+using namespace test;
+
+struct fabric {
+  const char* name;
+  std::int64_t bytes;
+  std::int64_t instances;
+  std::int64_t wires;
+  std::int64_t basic_ass;
+  std::int64_t basic_ass_wires;
+  std::int64_t names;
+  std::int64_t depth;
+  const char* somewhere;  // the name of an instance
+};
+
+class RealFabric : public ToolTest, public ::testing::WithParamInterface<fabric> {
+ protected:
+  static std::string packed() { return std::string(BXDB_TEST_DATA) + "/" + GetParam().name + ".bxd.gz"; }
+
+  static std::string text() {
+    gzFile file = gzopen(packed().c_str(), "rb");
+    std::string bytes(static_cast<std::size_t>(GetParam().bytes) + 1, '\0');
+    const int got = gzread(file, bytes.data(), static_cast<unsigned>(bytes.size()));
+    gzclose(file);
+    bytes.resize(got < 0 ? 0 : static_cast<std::size_t>(got));
+    return bytes;
+  }
+};
+
+TEST_P(RealFabric, HasTheCountsThatItsOriginTells) {
+  const nlohmann::json info = json_of(0, {"info", packed()});
+  EXPECT_EQ(info["bytes"], GetParam().bytes);
+  EXPECT_EQ(info["instances"], GetParam().instances);
+  EXPECT_EQ(info["wires"], GetParam().wires);
+  EXPECT_EQ(info["basic_ass"], GetParam().basic_ass);
+  EXPECT_EQ(info["basic_ass_wires"], GetParam().basic_ass_wires);
+  EXPECT_EQ(info["names"], GetParam().names);
+  EXPECT_EQ(info["depth"], GetParam().depth);
+}
+
+TEST_P(RealFabric, IsSound) { EXPECT_EQ(json_of(0, {"check", packed()})["sound"], true); }
+
+TEST_P(RealFabric, KeepsItsBytesThroughBinaryAndBack) {
+  expect(0, {"convert", packed(), file("binary.bxd"), "--form", "binary"});
+  expect(0, {"convert", file("binary.bxd"), file("text.bxd"), "--form", "text"});
+  const std::string original = text();
+  EXPECT_EQ(static_cast<std::int64_t>(original.size()), GetParam().bytes);
+  EXPECT_TRUE(read_file(file("text.bxd")) == original);
+  expect(0, {"diff", packed(), file("binary.bxd")});
+}
+
+TEST_P(RealFabric, IsPrintedSearchedAndAskedForAPoint) {
+  const outcome grid = expect(0, {"print", "--grid", packed()});
+  EXPECT_EQ(static_cast<std::int64_t>(lines_of(grid.out)), 2 * GetParam().instances);
+  EXPECT_EQ(json_of(0, {"find", packed(), "BASIC_ASS"})["instances"], GetParam().basic_ass);
+  const nlohmann::json found = json_of(0, {"find", packed(), GetParam().somewhere});
+  ASSERT_EQ(found["found"].size(), 1U);
+  const nlohmann::json box = found["found"][0]["box"];
+  const outcome at = expect(0, {"at", packed(), box["xmin"].dump(), box["ymin"].dump()});
+  EXPECT_TRUE(holds(at.out, GetParam().somewhere));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, RealFabric,
+    ::testing::Values(fabric{"fabulous_ihp", 3883718, 1343, 115416, 174, 100079, 1493, 3, "Tile_X1Y3_LUT4AB"},
+                      fabric{"vtr_k6_65x65", 38588798, 10975, 1240351, 4096, 1008128, 4263, 2, "Tile_X3Y4_clb"}),
+    [](const auto& param_info) { return std::string(param_info.param.name); });
+
+}  // namespace

@@ -1,0 +1,109 @@
+// SPDX-FileCopyrightText: The qelmodb authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <memory>
+
+#include "commands.h"
+#include "failure.h"
+#include "loaded_database.h"
+#include "output_file.h"
+#include "progress.h"
+#include "text.h"
+
+namespace bxdb {
+namespace {
+
+struct convert_options {
+  std::string in;
+  std::string out;
+  std::string form;
+  input_options input;
+};
+
+qelmodb::form form_named(const std::string& name) {
+  if (name == "compressed") {
+    throw failure("--form compressed: compressed databases are not supported by this version; use text or binary");
+  }
+  return name == "text" ? qelmodb::form::text : qelmodb::form::binary;
+}
+
+/// Says what the form cannot hold; true when there is nothing.
+bool fits(const loaded_database& loaded, qelmodb::form as, const convert_options& options) {
+  constexpr std::size_t most_shown = 100;
+  const auto objections = qelmodb::dump_objections(*loaded.db, as, loaded.what, most_shown);
+  for (const qelmodb::objection& objection : objections) {
+    fmt::print(stderr, "bxdb: {}: {}: {}\n", printable(options.in), printable(objection.path),
+               printable(objection.reason));
+  }
+  if (objections.empty()) return true;
+  fmt::print(stderr, "bxdb: {}: not written: {}{} cannot be held by a {} {} file\n", printable(options.out),
+             objections.size() == most_shown ? "at least " : "",
+             counted(static_cast<std::int64_t>(objections.size()), "name"), qelmodb::to_string(as),
+             qelmodb::to_string(loaded.what));
+  return false;
+}
+
+/// The bytes that are to stand in the output, packed.
+std::string finished_bytes(const loaded_database& loaded, qelmodb::form as, packing how, const std::string& out) {
+  const progress shown("writing " + out);
+  UT_MEMFILE memory;
+  packing_stream stream(how, memory);
+  if (!qelmodb::dump(*loaded.db, stream, as, loaded.what) || !stream.finish()) {
+    throw failure(out + ": not written: the database could not be put into this form");
+  }
+  return memory.bytes();
+}
+
+/// Reads the bytes as if they came from the file and compares the result with what they were made of.
+void verify(const std::string& bytes, packing how, const loaded_database& loaded, const convert_options& options) {
+  const progress shown("reading back " + options.out);
+  UT_MEMFILE file(unpack(bytes, how, options.out, bytes.max_size() / 2));
+  const auto back = std::make_unique<BX_DB>();
+  back->setseparator('$');
+  if (!qelmodb::load(*back, file, loaded.what) || !qelmodb::same_tree(*loaded.db, *back, loaded.what)) {
+    throw failure(options.out + ": not written: reading it back does not give what " + options.in + " holds");
+  }
+}
+
+void check_output_name(const loaded_database& loaded, const convert_options& options) {
+  if (loaded.what == qelmodb::content::grid || !is_grid_name(options.out)) return;
+  throw failure(options.out + ": the name is one of a grid file, but " + options.in + " holds a database with wires");
+}
+
+int run(const convert_options& options) {
+  const qelmodb::form as = form_named(options.form);
+  const loaded_database loaded = load_database(options.in, options.input);
+  check_output_name(loaded, options);
+  if (!fits(loaded, as, options)) return no;
+  const packing how = packing_for(options.out);
+  const std::string bytes = finished_bytes(loaded, as, how, options.out);
+  verify(bytes, how, loaded, options);
+  output_file out(options.out, packing::none);
+  write_all(out.stream(), bytes.data(), bytes.size());
+  out.commit();
+  return done;
+}
+
+}  // namespace
+
+void add_convert_command(CLI::App& tool, int& status) {
+  CLI::App& command = *tool.add_subcommand("convert", "Writes a file in another form, read back before it stands");
+  const auto options = std::make_shared<convert_options>();
+  command.add_option("IN", options->in, "The file to convert; a grid file stays a grid file")->required();
+  command.add_option("OUT", options->out, "The file to write; packed when its name ends in .gz or .zst")->required();
+  command.add_option("--form", options->form, "text or binary")
+      ->required()
+      ->check(CLI::IsMember({"text", "binary", "compressed"}))
+      ->type_name("FORM");
+  add_input_options(command, options->input);
+  add_cut_option(command, options->input);
+  command.footer(
+      "Names that the form cannot hold are listed, and nothing is written (status 1).\n"
+      "Example: bxdb convert device.bxd.gz device-binary.bxd --form binary");
+  command.callback([options, &status] { status = run(*options); });
+}
+
+}  // namespace bxdb

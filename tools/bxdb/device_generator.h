@@ -1,0 +1,23 @@
+// SPDX-FileCopyrightText: The qelmodb authors
+// SPDX-License-Identifier: Apache-2.0
+
+// Builds synthetic devices: for tests, benchmarks and first steps.
+#pragma once
+
+#include <memory>
+
+#include "device_plan.h"
+#include "qelmodb.h"
+
+namespace bxdb {
+
+/// A database with the device. The same options give the same tree on every platform, and the same bytes of its
+/// text file; a binary file refers to names by numbers that differ from run to run. Throws std::invalid_argument, with
+/// the reason, for options that give no device or one whose coordinates or counts do not fit into 32 bits.
+///
+/// In the device profile each tile holds one instance "BASIC_ASS" for each of its rows and one leaf with its
+/// pins. The tiles are added to the root one by one, so those of a column stand under a column instance
+/// "BXD__..."; only the tiles at the root's left edge are its own children.
+std::unique_ptr<BX_DB> generate_device(const device_options& options);
+
+}  // namespace bxdb

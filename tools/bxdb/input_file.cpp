@@ -1,0 +1,96 @@
+// SPDX-FileCopyrightText: The qelmodb authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "input_file.h"
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+
+#include "failure.h"
+#include "host.h"
+#include "progress.h"
+#include "text.h"
+
+namespace bxdb {
+namespace {
+
+constexpr std::uint64_t gibibyte = std::uint64_t{1} << 30;
+
+[[noreturn]] void cannot_read(const std::string& name, int error) {
+  throw failure(fmt::format("{}: cannot read: {}", name, std::strerror(error)));
+}
+
+/// How many bytes to make room for at first; a guess that the reading corrects.
+std::size_t expected_size(const std::string& name, std::uint64_t limit) {
+  std::error_code unknown;
+  const std::uintmax_t size = std::filesystem::file_size(name, unknown);
+  return static_cast<std::size_t>(unknown ? 0 : std::min<std::uintmax_t>(size, limit));
+}
+
+std::string read_bytes(const std::string& name, std::uint64_t limit) {
+  constexpr std::size_t block = std::size_t{1} << 20;
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(name.c_str(), "rb"), &std::fclose);
+  if (!file) cannot_read(name, errno);
+  std::string bytes;
+  bytes.reserve(expected_size(name, limit) + block);
+  for (;;) {
+    const std::size_t held = bytes.size();
+    if (bytes.capacity() < held + block) bytes.reserve(held + std::max(held / 2, block));
+    bytes.resize(held + block);
+    const std::size_t got = std::fread(bytes.data() + held, 1, block, file.get());
+    bytes.resize(held + got);
+    if (std::ferror(file.get()) != 0) cannot_read(name, errno);
+    if (bytes.size() > limit) throw failure(fmt::format("{}: more than {} bytes; see --max-size", name, limit));
+    if (got < block) return bytes;
+  }
+}
+
+qelmodb::content content_of(const input_file& file, const input_options& options) {
+  if (options.grid_file || is_grid_name(file.name)) return qelmodb::content::grid;
+  return qelmodb::detect_content(file.bytes);
+}
+
+}  // namespace
+
+bool is_grid_name(std::string_view name) noexcept { return ends_with_any_of(name, {".bxg", ".bxg.gz", ".bxg.zst"}); }
+
+std::uint64_t default_max_size() noexcept {
+  const std::uint64_t memory = physical_memory();
+  return memory == 0 ? 16 * gibibyte : std::min(memory / 4, 16 * gibibyte);
+}
+
+void add_input_options(CLI::App& command, input_options& options) {
+  options.max_size = default_max_size();
+  command.add_flag("--grid-file", options.grid_file, "Read a grid file, whatever its name (\".bxg\" is one anyway)");
+  command
+      .add_option("--max-size", options.max_size,
+                  "Largest file, unpacked, that is taken into memory, such as 512M or 4G; by default a quarter of "
+                  "this machine's memory, at most 16 GiB")
+      ->transform(CLI::AsSizeValue(false))
+      ->type_name("SIZE");
+}
+
+void add_cut_option(CLI::App& command, input_options& options) {
+  command.add_flag("--cut", options.cut, "Cut wire names at their first \"$\" while loading, as the library does");
+}
+
+input_file read_input(const std::string& name, const input_options& options) {
+  const progress shown("reading " + name);
+  input_file file;
+  file.name = name;
+  file.bytes = read_bytes(name, options.max_size);
+  file.size_on_disk = file.bytes.size();
+  file.packed = packing_of(file.bytes);
+  if (file.packed != packing::none) file.bytes = unpack(file.bytes, file.packed, name, options.max_size);
+  file.what = content_of(file, options);
+  return file;
+}
+
+}  // namespace bxdb

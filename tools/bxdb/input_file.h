@@ -1,0 +1,48 @@
+// SPDX-FileCopyrightText: The qelmodb authors
+// SPDX-License-Identifier: Apache-2.0
+
+// The bytes of an input file, unpacked, in memory.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "qelmoext.h"
+#include "unpack.h"
+
+namespace CLI {
+class App;
+}
+
+namespace bxdb {
+
+/// How an input file is to be read; what the options of all reading commands say.
+struct input_options {
+  bool grid_file = false;      ///< the file is a grid file, whatever its name
+  bool cut = false;            ///< cut wire names at their first "$", as the library does by default
+  std::uint64_t max_size = 0;  ///< the largest file, unpacked, that is taken into memory
+};
+
+/// The default of max_size: a quarter of the machine's memory, at most 16 GiB. A loaded tree, and what
+/// checking and comparing need, take up to a few times the size of the file.
+std::uint64_t default_max_size() noexcept;
+
+/// Adds the options to a command; all but cut, which makes no sense to all of them.
+void add_input_options(CLI::App& command, input_options& options);
+void add_cut_option(CLI::App& command, input_options& options);
+
+struct input_file {
+  std::string name;
+  packing packed = packing::none;
+  std::uint64_t size_on_disk = 0;
+  qelmodb::content what = qelmodb::content::database;
+  std::string bytes;
+};
+
+/// Reads the whole file once. Throws failure, which names the file and the reason.
+input_file read_input(const std::string& name, const input_options& options);
+
+/// Whether the name is one of a grid file.
+bool is_grid_name(std::string_view name) noexcept;
+
+}  // namespace bxdb

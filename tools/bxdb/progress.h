@@ -1,0 +1,33 @@
+// SPDX-FileCopyrightText: The qelmodb authors
+// SPDX-License-Identifier: Apache-2.0
+
+// Tells the user on standard error what takes so long.
+#pragma once
+
+#include <condition_variable>
+#include <mutex>
+#include <string>
+#include <thread>
+
+namespace bxdb {
+
+/// While it lives and after its first second, shows the phase and the time it has taken so far; takes the
+/// line away in the end. Does nothing when standard error is no terminal.
+class progress {
+ public:
+  explicit progress(std::string phase);
+  progress(const progress&) = delete;
+  progress& operator=(const progress&) = delete;
+  ~progress();
+
+ private:
+  void watch();
+
+  std::string phase_;
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  bool over_ = false;
+  std::thread watcher_;
+};
+
+}  // namespace bxdb

@@ -1,0 +1,27 @@
+// SPDX-FileCopyrightText: The qelmodb authors
+// SPDX-License-Identifier: Apache-2.0
+
+// Unpacking gzip and zstd data in memory.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace bxdb {
+
+enum class packing { none, gzip, zstd };
+
+const char* to_string(packing how) noexcept;
+
+/// How the bytes of a file are packed, told by the first of them.
+packing packing_of(std::string_view bytes) noexcept;
+
+/// How a file of this name is to be packed, told by its ending.
+packing packing_for(std::string_view name) noexcept;
+
+/// Unpacks all members or frames. Throws failure, whose text begins with the name, when the data is damaged,
+/// ends too early, or holds more than limit bytes.
+std::string unpack(std::string_view packed, packing how, const std::string& name, std::uint64_t limit);
+
+}  // namespace bxdb
