@@ -1,0 +1,36 @@
+#!/bin/sh
+# SPDX-FileCopyrightText: The qelmodb authors
+# SPDX-License-Identifier: Apache-2.0
+
+# Installs what is missing, builds the library and its tool, and takes a device through its life: made, saved
+# in each form, checked, loaded, queried, compared. What it writes goes to build/demo.
+#
+#   scripts/demo.sh [COLUMNS ROWS WIRES]     100 100 100 when none is given
+set -eu
+cd "$(dirname "$0")/.."
+. scripts/packages.sh
+# shellcheck disable=SC2086
+need_packages $build_packages
+
+cmake -S . -B build/demo -G Ninja -DCMAKE_BUILD_TYPE=Release >/dev/null
+cmake --build build/demo -j "$(nproc)"
+bxdb=build/demo/bin/bxdb
+device=build/demo/device
+
+run() {
+  echo
+  echo "\$ $*"
+  "$@"
+}
+run $bxdb --version
+run $bxdb generate $device.bxd --columns "${1:-100}" --rows "${2:-100}" --wires "${3:-100}"
+run $bxdb convert $device.bxd $device-text.bxd --form text
+run $bxdb convert $device-text.bxd $device-back.bxd.zst --form binary
+run $bxdb check $device-back.bxd.zst
+for file in $device.bxd $device-text.bxd $device-back.bxd.zst; do
+  run $bxdb info $file
+done
+run $bxdb diff $device.bxd $device-back.bxd.zst
+run $bxdb at $device.bxd 500 500
+echo
+ls -l $device*
