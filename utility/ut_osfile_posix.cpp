@@ -36,8 +36,8 @@ std::string resolved(std::string name) {
   for (int links = 0; links < most_links; ++links) {
     const ssize_t length = ::readlink(name.c_str(), link, sizeof link);
     if (length <= 0 || length == static_cast<ssize_t>(sizeof link)) break;
-    const std::string target(link, static_cast<std::size_t>(length));
-    name = target.front() == '/' ? target : folder_of(name) + target;
+    name = link[0] == '/' ? std::string() : folder_of(name);
+    name.append(link, static_cast<std::size_t>(length));
   }
   return name;
 }

@@ -8,7 +8,9 @@
 
 namespace {
 
-void report_missing() { bx_internal_error("template compression is not part of this version", {BX_TAG, "qelmodb", 1, __LINE__}); }
+void report_missing() {
+  bx_internal_error("template compression is not part of this version", {BX_TAG, "qelmodb", 1, __LINE__});
+}
 
 }  // namespace
 

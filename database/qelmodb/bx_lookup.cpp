@@ -131,7 +131,8 @@ bx_long start_index(const BX_INSTANCE& parent, const BX_INSTANCE* start, bx_long
   for (bx_long i = 0; i < parent.instances.getcount(); ++i) {
     if (parent.instances[i] == start) return i;
   }
-  bx_internal_error("BX_INSTANCE::getinstance Couldn't find start instance", {BX_MODULE_TOKEN, "qelmodb", code, __LINE__});
+  bx_internal_error("BX_INSTANCE::getinstance Couldn't find start instance",
+                    {BX_MODULE_TOKEN, "qelmodb", code, __LINE__});
   return -2;
 }
 

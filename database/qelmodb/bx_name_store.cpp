@@ -129,7 +129,8 @@ void bx_name_store::close_batch() {
   // Merging looks at the whole table; a few names are moved to their places one by one.
   constexpr std::ptrdiff_t few = 8;
   if (end - fresh <= few) {
-    for (char** name = fresh; name != end; ++name) std::rotate(std::upper_bound(first, name, *name, before), name, name + 1);
+    for (char** name = fresh; name != end; ++name)
+      std::rotate(std::upper_bound(first, name, *name, before), name, name + 1);
     return;
   }
   std::sort(fresh, end, before);

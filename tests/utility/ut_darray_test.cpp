@@ -222,18 +222,17 @@ TEST(DynamicArray, AssignmentSharesTheStorage) {
   EXPECT_EQ(shared[4].key, 9);
 }
 
+// The sanitizer's allocator ends the process where there is no memory.
+#if !defined(__SANITIZE_ADDRESS__)
 TEST(DynamicArray, GrowthBeyondAllMemoryThrowsAndLeavesTheArrayWhole) {
   UT_DARRAY<unsigned char[4096]> big;
   unsigned char page[4096] = {7};
   big.a_add(&page);
-#if defined(__SANITIZE_ADDRESS__)
-  GTEST_SKIP() << "the sanitizer's allocator ends the process where there is no memory";
-#else
   EXPECT_THROW(big.getaddr(INT32_MAX), std::bad_alloc);
   EXPECT_EQ(big.getcount(), 1);
   EXPECT_EQ(big[0][0], 7);
-#endif
 }
+#endif
 
 TEST(DynamicArray, AMillionSortedInsertionsAtTheEndAreQuick) {
   UT_DARRAY<bx_long> a(1);
