@@ -22,6 +22,8 @@ struct fabric {
   const char* somewhere;  // the name of an instance
 };
 
+void PrintTo(const fabric& one, std::ostream* out) { *out << one.name; }
+
 class RealFabric : public ToolTest, public ::testing::WithParamInterface<fabric> {
  protected:
   static std::string packed() { return std::string(BXDB_TEST_DATA) + "/" + GetParam().name + ".bxd.gz"; }

@@ -3,8 +3,6 @@
 
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
-#include <memory>
 #include <optional>
 
 #include "commands.h"
@@ -15,16 +13,6 @@
 
 namespace bxdb {
 namespace {
-
-struct at_options {
-  std::string file;
-  bx_long x = 0;
-  bx_long y = 0;
-  std::string wire;
-  bool has_wire = false;
-  input_options input;
-  bool as_json = false;
-};
 
 bool covers(const BX_INSTANCE& inst, const at_options& at) noexcept {
   return inst.xmin <= at.x && at.x <= inst.xmax && inst.ymin <= at.y && at.y <= inst.ymax;
@@ -81,31 +69,11 @@ int show_wire(const BX_DB& db, const at_options& options) {
   return no;
 }
 
-int run(const at_options& options) {
-  const loaded_database loaded = load_database(options.file, options.input);
-  return options.has_wire ? show_wire(*loaded.db, options) : list_instances(*loaded.db, options);
-}
-
 }  // namespace
 
-void add_at_command(CLI::App& tool, int& status) {
-  CLI::App& command = *tool.add_subcommand("at", "Lists the instances that cover a point, outermost first");
-  const auto options = std::make_shared<at_options>();
-  command.add_option("FILE", options->file, "The file")->required();
-  command.add_option("X", options->x, "The point's coordinates")->required();
-  command.add_option("Y", options->y)->required();
-  CLI::Option* wire = command.add_option("--wire", options->wire,
-                                         "Show the wire of this name that a lookup at the point gives: that of the "
-                                         "first instance, from the root downwards, that covers it and has one");
-  wire->type_name("NAME");
-  command.add_flag("--json", options->as_json, "Print JSON");
-  add_input_options(command, options->input);
-  add_cut_option(command, options->input);
-  command.footer("Status 1 when there is nothing.\nExample: bxdb at device.bxd 120 -7 --wire N1BEG0");
-  command.callback([options, wire, &status] {
-    options->has_wire = wire->count() != 0;
-    status = run(*options);
-  });
+int run_at(const at_options& options) {
+  const loaded_database loaded = load_database(options.file, options.input);
+  return options.has_wire ? show_wire(*loaded.db, options) : list_instances(*loaded.db, options);
 }
 
 }  // namespace bxdb

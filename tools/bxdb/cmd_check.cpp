@@ -3,9 +3,6 @@
 
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
-#include <memory>
-
 #include "commands.h"
 #include "failure.h"
 #include "json_output.h"
@@ -15,13 +12,6 @@
 
 namespace bxdb {
 namespace {
-
-struct check_command_options {
-  std::string file;
-  input_options input;
-  std::size_t most_faults = 100;
-  bool as_json = false;
-};
 
 qelmodb::check_report checked(const input_file& input, std::size_t most_faults) {
   const progress shown("checking " + input.name);
@@ -77,7 +67,9 @@ void print_as_json(const input_file& input, const qelmodb::check_report& report)
                 {"dollar_wires", report.dollar_wires}});
 }
 
-int run(const check_command_options& options) {
+}  // namespace
+
+int run_check(const check_options& options) {
   const input_file input = read_input(options.file, options.input);
   const qelmodb::check_report report = checked(input, options.most_faults);
   if (options.as_json) {
@@ -86,21 +78,6 @@ int run(const check_command_options& options) {
     print_text(input, report);
   }
   return report.sound() ? done : no;
-}
-
-}  // namespace
-
-void add_check_command(CLI::App& tool, int& status) {
-  CLI::App& command = *tool.add_subcommand("check", "Validates a file without loading it; status 1 on faults");
-  const auto options = std::make_shared<check_command_options>();
-  command.add_option("FILE", options->file, "The file")->required();
-  command.add_flag("--json", options->as_json, "Print JSON");
-  command.add_option("--most", options->most_faults, "How many errors, warnings and notes, each, to describe")
-      ->capture_default_str()
-      ->check(CLI::Range(std::size_t{0}, std::size_t{1000000}));
-  add_input_options(command, options->input);
-  command.footer("Notes do not count as faults.\nExample: bxdb check device.bxd");
-  command.callback([options, &status] { status = run(*options); });
 }
 
 }  // namespace bxdb

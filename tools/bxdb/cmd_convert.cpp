@@ -3,7 +3,6 @@
 
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
 #include <memory>
 
 #include "commands.h"
@@ -15,13 +14,6 @@
 
 namespace bxdb {
 namespace {
-
-struct convert_options {
-  std::string in;
-  std::string out;
-  std::string form;
-  input_options input;
-};
 
 qelmodb::form form_named(const std::string& name) {
   if (name == "compressed") {
@@ -73,7 +65,9 @@ void check_output_name(const loaded_database& loaded, const convert_options& opt
   throw failure(options.out + ": the name is one of a grid file, but " + options.in + " holds a database with wires");
 }
 
-int run(const convert_options& options) {
+}  // namespace
+
+int run_convert(const convert_options& options) {
   const qelmodb::form as = form_named(options.form);
   const loaded_database loaded = load_database(options.in, options.input);
   check_output_name(loaded, options);
@@ -85,25 +79,6 @@ int run(const convert_options& options) {
   write_all(out.stream(), bytes.data(), bytes.size());
   out.commit();
   return done;
-}
-
-}  // namespace
-
-void add_convert_command(CLI::App& tool, int& status) {
-  CLI::App& command = *tool.add_subcommand("convert", "Writes a file in another form, read back before it stands");
-  const auto options = std::make_shared<convert_options>();
-  command.add_option("IN", options->in, "The file to convert; a grid file stays a grid file")->required();
-  command.add_option("OUT", options->out, "The file to write; packed when its name ends in .gz or .zst")->required();
-  command.add_option("--form", options->form, "text or binary")
-      ->required()
-      ->check(CLI::IsMember({"text", "binary", "compressed"}))
-      ->type_name("FORM");
-  add_input_options(command, options->input);
-  add_cut_option(command, options->input);
-  command.footer(
-      "Names that the form cannot hold are listed, and nothing is written (status 1).\n"
-      "Example: bxdb convert device.bxd.gz device-binary.bxd --form binary");
-  command.callback([options, &status] { status = run(*options); });
 }
 
 }  // namespace bxdb

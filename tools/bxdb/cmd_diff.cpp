@@ -3,8 +3,6 @@
 
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
-#include <memory>
 #include <optional>
 
 #include "commands.h"
@@ -16,14 +14,6 @@
 
 namespace bxdb {
 namespace {
-
-struct diff_options {
-  std::string a;
-  std::string b;
-  input_options input;
-  bool summary = false;
-  bool as_json = false;
-};
 
 std::string difference_text(const difference& one) {
   std::string text = fmt::format("{} {} {}", one.wire_a != nullptr || one.wire_b != nullptr ? "wire" : "instance",
@@ -114,7 +104,9 @@ class diff_printer {
   std::optional<json_list_document> document_;
 };
 
-int run(const diff_options& options) {
+}  // namespace
+
+int run_diff(const diff_options& options) {
   const loaded_database a = load_database(options.a, options.input);
   const loaded_database b = load_database(options.b, options.input);
   const bool with_wires = a.what == qelmodb::content::database && b.what == qelmodb::content::database;
@@ -127,25 +119,6 @@ int run(const diff_options& options) {
       diff_trees(*a.db, *b.db, with_wires, [&printer](const difference& one) { printer.print(one); });
   printer.end(counts);
   return counts.equal() ? done : no;
-}
-
-}  // namespace
-
-void add_diff_command(CLI::App& tool, int& status) {
-  CLI::App& command =
-      *tool.add_subcommand("diff", "Compares the trees of two files of any form; status 1 when they differ");
-  const auto options = std::make_shared<diff_options>();
-  command.add_option("A", options->a, "The first file")->required();
-  command.add_option("B", options->b, "The second file")->required();
-  command.add_flag("--summary", options->summary, "Print the counts only");
-  command.add_flag("--json", options->as_json, "Print JSON");
-  add_input_options(command, options->input);
-  add_cut_option(command, options->input);
-  command.footer(
-      "Children and wires are matched by name, first those in the same place, then in their order.\n"
-      "Coordinates are absolute: when an instance moves, so does all that it holds.\n"
-      "Example: bxdb diff old.bxd new.bxd.zst --summary");
-  command.callback([options, &status] { status = run(*options); });
 }
 
 }  // namespace bxdb

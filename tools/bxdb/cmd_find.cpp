@@ -3,9 +3,7 @@
 
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
 #include <cstring>
-#include <memory>
 #include <optional>
 
 #include "commands.h"
@@ -16,15 +14,6 @@
 
 namespace bxdb {
 namespace {
-
-struct find_options {
-  std::string file;
-  std::string name;
-  input_options input;
-  bool only_instances = false;
-  bool only_wires = false;
-  bool as_json = false;
-};
 
 /// Prints what is found as it is found: there may be more than memory holds.
 class finder {
@@ -76,7 +65,9 @@ class finder {
   std::int64_t wires_ = 0;
 };
 
-int run(const find_options& options) {
+}  // namespace
+
+int run_find(const find_options& options) {
   const loaded_database loaded = load_database(options.file, options.input);
   finder found(options);
   bx_walk(*loaded.db, [&found](const BX_INSTANCE& inst, bx_long depth) {
@@ -84,22 +75,6 @@ int run(const find_options& options) {
     return true;
   });
   return found.end();
-}
-
-}  // namespace
-
-void add_find_command(CLI::App& tool, int& status) {
-  CLI::App& command = *tool.add_subcommand("find", "Lists instances and wires of a name; status 1 when there are none");
-  const auto options = std::make_shared<find_options>();
-  command.add_option("FILE", options->file, "The file")->required();
-  command.add_option("NAME", options->name, "The name, exactly; put -- before one that begins with \"-\"")->required();
-  CLI::Option* instances = command.add_flag("--instances", options->only_instances, "List instances only");
-  command.add_flag("--wires", options->only_wires, "List wires only")->excludes(instances);
-  command.add_flag("--json", options->as_json, "Print JSON");
-  add_input_options(command, options->input);
-  add_cut_option(command, options->input);
-  command.footer("Example: bxdb find device.bxd BASIC_ASS --instances");
-  command.callback([options, &status] { status = run(*options); });
 }
 
 }  // namespace bxdb

@@ -3,9 +3,6 @@
 
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
-#include <memory>
-
 #include "commands.h"
 #include "failure.h"
 #include "json_output.h"
@@ -15,12 +12,6 @@
 
 namespace bxdb {
 namespace {
-
-struct info_options {
-  std::string file;
-  input_options input;
-  bool as_json = false;
-};
 
 qelmodb::tree_size measured(const loaded_database& loaded) {
   const progress shown("counting " + loaded.name);
@@ -73,7 +64,9 @@ void print_as_json(const loaded_database& loaded, const qelmodb::tree_size& size
               {"load_seconds", loaded.times.load}});
 }
 
-void run(const info_options& options) {
+}  // namespace
+
+int run_info(const info_options& options) {
   const loaded_database loaded = load_database(options.file, options.input);
   const qelmodb::tree_size size = measured(loaded);
   if (options.as_json) {
@@ -81,22 +74,7 @@ void run(const info_options& options) {
   } else {
     print_text(loaded, size);
   }
-}
-
-}  // namespace
-
-void add_info_command(CLI::App& tool, int& status) {
-  CLI::App& command = *tool.add_subcommand("info", "Shows form, counts, bounding box, sizes and times of a file");
-  const auto options = std::make_shared<info_options>();
-  command.add_option("FILE", options->file, "The file")->required();
-  command.add_flag("--json", options->as_json, "Print JSON");
-  add_input_options(command, options->input);
-  add_cut_option(command, options->input);
-  command.footer("Example: bxdb info device.bxd.gz");
-  command.callback([options, &status] {
-    run(*options);
-    status = done;
-  });
+  return done;
 }
 
 }  // namespace bxdb

@@ -1,10 +1,8 @@
 // SPDX-FileCopyrightText: The qelmodb authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <cstring>
-#include <memory>
 
 #include "commands.h"
 #include "failure.h"
@@ -12,12 +10,6 @@
 
 namespace bxdb {
 namespace {
-
-struct print_options {
-  std::string file;
-  input_options input;
-  bool grid = false;
-};
 
 /// Collects the many small pieces of a report while the object lives, and writes them in large blocks.
 class report_buffer {
@@ -51,7 +43,9 @@ class report_buffer {
   std::string text_;
 };
 
-void run(const print_options& options) {
+}  // namespace
+
+int run_print(const print_options& options) {
   const loaded_database loaded = load_database(options.file, options.input);
   const report_buffer buffer;
   if (options.grid || loaded.what == qelmodb::content::grid) {
@@ -59,22 +53,7 @@ void run(const print_options& options) {
   } else {
     loaded.db->printme(0);
   }
-}
-
-}  // namespace
-
-void add_print_command(CLI::App& tool, int& status) {
-  CLI::App& command = *tool.add_subcommand("print", "Prints the tree");
-  const auto options = std::make_shared<print_options>();
-  command.add_option("FILE", options->file, "The file")->required();
-  command.add_flag("--grid", options->grid, "Print instances only, without wires, as is done for a grid file anyway");
-  add_input_options(command, options->input);
-  add_cut_option(command, options->input);
-  command.footer("Example: bxdb print --grid device.bxd | head");
-  command.callback([options, &status] {
-    run(*options);
-    status = done;
-  });
+  return done;
 }
 
 }  // namespace bxdb

@@ -1,24 +1,84 @@
 // SPDX-FileCopyrightText: The qelmodb authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The commands. Each add function declares one command with its options; when the user chose it, parsing
-// the command line runs it, and it stores its exit status. A command throws failure when it cannot do its
-// work.
+// The commands: what each is asked for, and the function that does it and gives the exit status of the
+// program. A command throws failure when it cannot do its work.
 #pragma once
 
-namespace CLI {
-class App;
-}
+#include <string>
+
+#include "device_plan.h"
+#include "input_file.h"
 
 namespace bxdb {
 
-void add_generate_command(CLI::App& tool, int& status);
-void add_info_command(CLI::App& tool, int& status);
-void add_check_command(CLI::App& tool, int& status);
-void add_print_command(CLI::App& tool, int& status);
-void add_convert_command(CLI::App& tool, int& status);
-void add_find_command(CLI::App& tool, int& status);
-void add_at_command(CLI::App& tool, int& status);
-void add_diff_command(CLI::App& tool, int& status);
+struct generate_options {
+  std::string out;
+  std::string form = "binary";
+  std::string names = "kind";
+  std::string profile = "device";
+  device_options device;
+};
+int run_generate(const generate_options& options);
+
+struct info_options {
+  std::string file;
+  input_options input;
+  bool as_json = false;
+};
+int run_info(const info_options& options);
+
+struct check_options {
+  std::string file;
+  input_options input;
+  std::size_t most_faults = 100;
+  bool as_json = false;
+};
+int run_check(const check_options& options);
+
+struct print_options {
+  std::string file;
+  input_options input;
+  bool grid = false;
+};
+int run_print(const print_options& options);
+
+struct convert_options {
+  std::string in;
+  std::string out;
+  std::string form;
+  input_options input;
+};
+int run_convert(const convert_options& options);
+
+struct find_options {
+  std::string file;
+  std::string name;
+  input_options input;
+  bool only_instances = false;
+  bool only_wires = false;
+  bool as_json = false;
+};
+int run_find(const find_options& options);
+
+struct at_options {
+  std::string file;
+  bx_long x = 0;
+  bx_long y = 0;
+  std::string wire;
+  bool has_wire = false;
+  input_options input;
+  bool as_json = false;
+};
+int run_at(const at_options& options);
+
+struct diff_options {
+  std::string a;
+  std::string b;
+  input_options input;
+  bool summary = false;
+  bool as_json = false;
+};
+int run_diff(const diff_options& options);
 
 }  // namespace bxdb

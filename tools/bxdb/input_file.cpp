@@ -5,7 +5,6 @@
 
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
@@ -64,21 +63,6 @@ bool is_grid_name(std::string_view name) noexcept { return ends_with_any_of(name
 std::uint64_t default_max_size() noexcept {
   const std::uint64_t memory = physical_memory();
   return memory == 0 ? 16 * gibibyte : std::min(memory / 4, 16 * gibibyte);
-}
-
-void add_input_options(CLI::App& command, input_options& options) {
-  options.max_size = default_max_size();
-  command.add_flag("--grid-file", options.grid_file, "Read a grid file, whatever its name (\".bxg\" is one anyway)");
-  command
-      .add_option("--max-size", options.max_size,
-                  "Largest file, unpacked, that is taken into memory, such as 512M or 4G; by default a quarter of "
-                  "this machine's memory, at most 16 GiB")
-      ->transform(CLI::AsSizeValue(false))
-      ->type_name("SIZE");
-}
-
-void add_cut_option(CLI::App& command, input_options& options) {
-  command.add_flag("--cut", options.cut, "Cut wire names at their first \"$\" while loading, as the library does");
 }
 
 input_file read_input(const std::string& name, const input_options& options) {

@@ -10,10 +10,6 @@
 #include "qelmoext.h"
 #include "unpack.h"
 
-namespace CLI {
-class App;
-}
-
 namespace bxdb {
 
 /// How an input file is to be read; what the options of all reading commands say.
@@ -26,10 +22,6 @@ struct input_options {
 /// The default of max_size: a quarter of the machine's memory, at most 16 GiB. A loaded tree, and what
 /// checking and comparing need, take up to a few times the size of the file.
 std::uint64_t default_max_size() noexcept;
-
-/// Adds the options to a command; all but cut, which makes no sense to all of them.
-void add_input_options(CLI::App& command, input_options& options);
-void add_cut_option(CLI::App& command, input_options& options);
 
 struct input_file {
   std::string name;

@@ -1,0 +1,197 @@
+// SPDX-FileCopyrightText: The qelmodb authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "command_line.h"
+
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "commands.h"
+#include "failure.h"
+#include "qelmoext.h"
+
+namespace bxdb {
+namespace {
+
+void add_input_options(CLI::App& command, input_options& options) {
+  options.max_size = default_max_size();
+  command.add_flag("--grid-file", options.grid_file, "Read a grid file, whatever its name (\".bxg\" is one anyway)");
+  command
+      .add_option("--max-size", options.max_size,
+                  "Largest file, unpacked, that is taken into memory, such as 512M or 4G; by default a quarter of "
+                  "this machine's memory, at most 16 GiB")
+      ->transform(CLI::AsSizeValue(false))
+      ->type_name("SIZE");
+}
+
+void add_cut_option(CLI::App& command, input_options& options) {
+  command.add_flag("--cut", options.cut, "Cut wire names at their first \"$\" while loading, as the library does");
+}
+
+void add_choice(CLI::App& command, const char* name, std::string& choice, const char* help,
+                const std::vector<std::string>& choices) {
+  command.add_option(name, choice, help)->check(CLI::IsMember(choices))->type_name("")->capture_default_str();
+}
+
+void add_device_options(CLI::App& command, generate_options& options) {
+  device_options& device = options.device;
+  command.add_option("--columns", device.columns, "Columns of tiles, I/O ring included")->capture_default_str();
+  command.add_option("--rows", device.rows, "Rows of tiles, I/O ring included")->capture_default_str();
+  command.add_option("--wires", device.wires, "Wires of the largest switch matrix")->capture_default_str();
+  command.add_option("--seed", device.seed, "Another number gives another device")->capture_default_str();
+  add_choice(command, "--names", options.names, "Name tiles after their kind, or each by its own name",
+             {"kind", "unique"});
+  add_choice(command, "--profile", options.profile,
+             "A device with I/O ring, columns of several kinds and switch matrices; or one level of columns x rows "
+             "equal tiles",
+             {"device", "plain"});
+}
+
+void add_generate_command(CLI::App& tool, int& status) {
+  CLI::App& command = *tool.add_subcommand("generate", "Writes a synthetic device; the same options give the same one");
+  const auto options = std::make_shared<generate_options>();
+  command
+      .add_option("OUT", options->out,
+                  "The file to write; packed when its name ends in .gz or .zst, a grid file when in .bxg")
+      ->required();
+  add_choice(command, "--form", options->form, "The form of the file", {"binary", "text"});
+  add_device_options(command, *options);
+  command.footer("Example: bxdb generate device.bxd --columns 40 --rows 30 --wires 80 --form text");
+  command.callback([options, &status] { status = run_generate(*options); });
+}
+
+void add_info_command(CLI::App& tool, int& status) {
+  CLI::App& command = *tool.add_subcommand("info", "Shows form, counts, bounding box, sizes and times of a file");
+  const auto options = std::make_shared<info_options>();
+  command.add_option("FILE", options->file, "The file")->required();
+  command.add_flag("--json", options->as_json, "Print JSON");
+  add_input_options(command, options->input);
+  add_cut_option(command, options->input);
+  command.footer("Example: bxdb info device.bxd.gz");
+  command.callback([options, &status] { status = run_info(*options); });
+}
+
+void add_check_command(CLI::App& tool, int& status) {
+  CLI::App& command = *tool.add_subcommand("check", "Validates a file without loading it; status 1 on faults");
+  const auto options = std::make_shared<check_options>();
+  command.add_option("FILE", options->file, "The file")->required();
+  command.add_flag("--json", options->as_json, "Print JSON");
+  command.add_option("--most", options->most_faults, "How many errors, warnings and notes, each, to describe")
+      ->capture_default_str()
+      ->check(CLI::Range(std::size_t{0}, std::size_t{1000000}));
+  add_input_options(command, options->input);
+  command.footer("Notes do not count as faults.\nExample: bxdb check device.bxd");
+  command.callback([options, &status] { status = run_check(*options); });
+}
+
+void add_print_command(CLI::App& tool, int& status) {
+  CLI::App& command = *tool.add_subcommand("print", "Prints the tree");
+  const auto options = std::make_shared<print_options>();
+  command.add_option("FILE", options->file, "The file")->required();
+  command.add_flag("--grid", options->grid, "Print instances only, without wires, as is done for a grid file anyway");
+  add_input_options(command, options->input);
+  add_cut_option(command, options->input);
+  command.footer("Example: bxdb print --grid device.bxd | head");
+  command.callback([options, &status] { status = run_print(*options); });
+}
+
+void add_convert_command(CLI::App& tool, int& status) {
+  CLI::App& command = *tool.add_subcommand("convert", "Writes a file in another form, read back before it stands");
+  const auto options = std::make_shared<convert_options>();
+  command.add_option("IN", options->in, "The file to convert; a grid file stays a grid file")->required();
+  command.add_option("OUT", options->out, "The file to write; packed when its name ends in .gz or .zst")->required();
+  command.add_option("--form", options->form, "text or binary")
+      ->required()
+      ->check(CLI::IsMember({"text", "binary", "compressed"}))
+      ->type_name("FORM");
+  add_input_options(command, options->input);
+  add_cut_option(command, options->input);
+  command.footer(
+      "Names that the form cannot hold are listed, and nothing is written (status 1).\n"
+      "Example: bxdb convert device.bxd.gz device-binary.bxd --form binary");
+  command.callback([options, &status] { status = run_convert(*options); });
+}
+
+void add_find_command(CLI::App& tool, int& status) {
+  CLI::App& command = *tool.add_subcommand("find", "Lists instances and wires of a name; status 1 when there are none");
+  const auto options = std::make_shared<find_options>();
+  command.add_option("FILE", options->file, "The file")->required();
+  command.add_option("NAME", options->name, "The name, exactly; put -- before one that begins with \"-\"")->required();
+  CLI::Option* instances = command.add_flag("--instances", options->only_instances, "List instances only");
+  command.add_flag("--wires", options->only_wires, "List wires only")->excludes(instances);
+  command.add_flag("--json", options->as_json, "Print JSON");
+  add_input_options(command, options->input);
+  add_cut_option(command, options->input);
+  command.footer("Example: bxdb find device.bxd BASIC_ASS --instances");
+  command.callback([options, &status] { status = run_find(*options); });
+}
+
+void add_at_command(CLI::App& tool, int& status) {
+  CLI::App& command = *tool.add_subcommand("at", "Lists the instances that cover a point, outermost first");
+  const auto options = std::make_shared<at_options>();
+  command.add_option("FILE", options->file, "The file")->required();
+  command.add_option("X", options->x, "The point's coordinates")->required();
+  command.add_option("Y", options->y)->required();
+  CLI::Option* wire = command.add_option("--wire", options->wire,
+                                         "Show the wire of this name that a lookup at the point gives: that of the "
+                                         "first instance, from the root downwards, that covers it and has one");
+  wire->type_name("NAME");
+  command.add_flag("--json", options->as_json, "Print JSON");
+  add_input_options(command, options->input);
+  add_cut_option(command, options->input);
+  command.footer("Status 1 when there is nothing.\nExample: bxdb at device.bxd 120 -7 --wire N1BEG0");
+  command.callback([options, wire, &status] {
+    options->has_wire = wire->count() != 0;
+    status = run_at(*options);
+  });
+}
+
+void add_diff_command(CLI::App& tool, int& status) {
+  CLI::App& command =
+      *tool.add_subcommand("diff", "Compares the trees of two files of any form; status 1 when they differ");
+  const auto options = std::make_shared<diff_options>();
+  command.add_option("A", options->a, "The first file")->required();
+  command.add_option("B", options->b, "The second file")->required();
+  command.add_flag("--summary", options->summary, "Print the counts only");
+  command.add_flag("--json", options->as_json, "Print JSON");
+  add_input_options(command, options->input);
+  add_cut_option(command, options->input);
+  command.footer(
+      "Children and wires are matched by name, first those in the same place, then in their order.\n"
+      "Coordinates are absolute: when an instance moves, so does all that it holds.\n"
+      "Example: bxdb diff old.bxd new.bxd.zst --summary");
+  command.callback([options, &status] { status = run_diff(*options); });
+}
+
+}  // namespace
+
+int run_command_line(int argc, char** argv) {
+  int status = done;
+  CLI::App tool(
+      "Makes, checks, shows, converts, searches and compares block database files.\n"
+      "Files may be packed with gzip or zstd; outputs are when their name ends in .gz or .zst.",
+      "bxdb");
+  tool.set_version_flag("--version", std::string("bxdb ") + qelmodb::version());
+  tool.footer(
+      "Exit status: 0 done; 1 the answer is \"none\", \"different\" or \"invalid\"; 2 bad use or failure.\n"
+      "Example: bxdb info device.bxd.gz");
+  tool.require_subcommand(1);
+  add_generate_command(tool, status);
+  add_info_command(tool, status);
+  add_check_command(tool, status);
+  add_print_command(tool, status);
+  add_convert_command(tool, status);
+  add_find_command(tool, status);
+  add_at_command(tool, status);
+  add_diff_command(tool, status);
+  try {
+    tool.parse(argc, argv);
+  } catch (const CLI::ParseError& e) {
+    return tool.exit(e) == 0 ? done : failed;
+  }
+  return status;
+}
+
+}  // namespace bxdb
