@@ -3,7 +3,10 @@
 
 #include "bx_db.h"
 
+#include <new>
+
 #include "bx_access.h"
+#include "bx_grid.h"
 #include "ut_arith.h"
 
 bx_long BX_DB::MPAR_FLOW = 0;
@@ -48,6 +51,15 @@ BX_DB& BX_DB::operator=(const BX_DB& other) {
   numbasicass = other.numbasicass;
   store_->invalidate();
   return *this;
+}
+
+BX_GRID* BX_DB::getgrid(const char** prefixes) {
+  try {
+    if (grid == nullptr) grid = new BX_GRID(this, prefixes);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+  return grid;
 }
 
 char* BX_DB::getcachedname(const char* s) { return s != nullptr ? store_->intern(s) : nullptr; }

@@ -2,11 +2,12 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // What a database keeps about its strings beside the public name table: an index that finds a text
-// whatever the order of the table, and the strings that no table holds but that must live as long as the
-// database.
+// whatever the order of the table, and the strings and lists that nothing else holds but that must live as
+// long as the database.
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string_view>
 #include <unordered_set>
 #include <vector>
@@ -39,6 +40,9 @@ class bx_name_store {
   /// Keeps a string until the database is destroyed. Null is ignored. Takes no ownership when it throws.
   void keep(char* string);
 
+  /// Keeps the cell lists of a grid likewise.
+  void keep(std::unique_ptr<DARRAY_BX_INSTPTR[]> lists) { kept_lists_.push_back(std::move(lists)); }
+
   /// Moves all strings of the table to those kept, and empties it.
   void keep_table();
 
@@ -66,6 +70,7 @@ class bx_name_store {
   bx_long batch_start_ = -1;
   int batches_ = 0;  // open ones, nested
   std::vector<char*> kept_;
+  std::vector<std::unique_ptr<DARRAY_BX_INSTPTR[]>> kept_lists_;
   std::unordered_set<const char*> owned_;
   bool owned_valid_ = false;
 };

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "bx_access.h"
+#include "bx_grid.h"
 
 // Gathers the names to be freed while BX_DB::MPAR_FLOW is set. Clients may have put one string into many
 // places of a tree, so each is freed once, after the last place was looked at.
@@ -95,6 +96,8 @@ BX_INSTANCE::~BX_INSTANCE() { destroy_subtree(); }
 
 // Everything that a load replaces. Strings stay valid as long as the database does.
 void BX_DB::release_content() {
+  delete grid;
+  grid = nullptr;
   if (top == nullptr && !nameborrowed) store_->keep(name);
   name = nullptr;
   nameborrowed = false;
@@ -107,6 +110,7 @@ void BX_DB::release_content() {
 }
 
 BX_DB::~BX_DB() {
+  delete grid;
   destroy_subtree();
   // Whatever names are left belong to the table or to the strings kept: hide them from ~BX_INSTANCE.
   name = nullptr;

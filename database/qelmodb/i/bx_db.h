@@ -32,7 +32,7 @@ class BX_API BX_DB : public BX_INSTANCE {
   /// The interned names, owned. Sorted byte by byte, each text once; but after a binary file was loaded
   /// exactly as the file lists them.
   DARRAY_NAME names;
-  BX_GRID* grid;                            ///< the tile grid; null in this version
+  BX_GRID* grid;                            ///< the tile grid, owned; null until getgrid builds it
   NP_DEVICE* device;                        ///< borrowed, or null
   std::vector<ASS_TEMPLATE*> asstemplates;  ///< the instance templates; empty in this version
   BASIC_ASS_TEMPLATE* basicasstemplate;     ///< the switch-matrix templates; null in this version
@@ -69,6 +69,13 @@ class BX_API BX_DB : public BX_INSTANCE {
   unsigned char readcompress(UT_PTRFILE* file) override;
 
   // ---- look up and change
+
+  /// The grid of the tiles whose names begin with one of the prefixes, see BX_GRID; a null pointer ends the
+  /// list. Built at the first call and the same from then on, whatever is asked for later and whatever has
+  /// changed in the tree; a load drops it. Owned by the database. Null when memory runs out. Ends the process
+  /// when there can be no grid: after loadgrid always, because no instance has wires. make_grid in qelmoext.h
+  /// does not.
+  BX_GRID* getgrid(const char** prefixes);
 
   /// The device. The database does not own it, and setdevice does not release the old one.
   NP_DEVICE* getdevice() const noexcept { return device; }

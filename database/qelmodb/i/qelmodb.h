@@ -7,9 +7,12 @@
 #pragma once
 
 #include "bx_db.h"
+#include "bx_grid.h"
 #include "bx_instance.h"
+#include "bx_tileiterator.h"
 #include "bx_wire.h"
 #include "np_devcache.h"
+#include "np_device.h"
 #include "ut_arith.h"
 #include "ut_filemanager.h"
 #include "ut_msgman.h"

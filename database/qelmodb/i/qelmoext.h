@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -169,5 +170,21 @@ BX_API tree_size measure(const BX_INSTANCE& root);
 /// Whether both trees have the same names, rectangles, wires and children in the same order; wires are left
 /// out of a grid. Missing names equal "".
 BX_API bool same_tree(const BX_INSTANCE& a, const BX_INSTANCE& b, content what);
+
+// ---- grids
+
+/// What makes an instance without children a tile of a grid, beside its name.
+enum class tiles { with_wires, with_or_without_wires };
+
+/// A grid as BX_GRID's constructor builds it, with the database's device where one is needed. Where that would end
+/// the process the result is null and why says what is the matter. The caller owns the grid; the lists of its cells
+/// are kept by the database until it is destroyed. Databases from grid files need tiles::with_or_without_wires.
+BX_API std::unique_ptr<BX_GRID> make_grid(BX_DB& db, const char* const* prefixes, tiles which, std::string& why);
+
+/// A device made up from where the tiles stand: its rows begin at their lower edges, its columns at their left edges.
+/// With it a grid can be made of tiles that leave places free, when no description of the real device is at hand.
+/// Null, and why, when there is no tile, or more rows or columns than a device can have.
+BX_API std::unique_ptr<NP_TABLEDEVICE> device_of_tiles(BX_DB& db, const char* const* prefixes, tiles which,
+                                                       std::string& why);
 
 }  // namespace qelmodb
