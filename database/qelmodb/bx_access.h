@@ -8,6 +8,7 @@
 
 #include "bx_db.h"
 #include "bx_name_store.h"
+#include "bx_template_index.h"
 
 /// How often the library has moved the left edge of an instance that may stand among siblings. An instance does not
 /// know its parent, so a parent that relies on the order of its children compares this with what it saw last.
@@ -18,5 +19,6 @@ struct bx_access {
   static void settoplevel(BX_INSTANCE& inst, BX_DB* db) { inst.settoplevel(db); }
   static void note_child_order(BX_INSTANCE& inst) noexcept { inst.note_child_order(); }
   static void release_content(BX_DB& db) { db.release_content(); }
+  static bx_compression_aids* aids(BX_DB& db) noexcept { return db.store_->aids; }
   static bx_name_store& names(BX_DB& db) noexcept { return *db.store_; }
 };

@@ -9,6 +9,7 @@
 #include <new>
 
 #include "bx_order.h"
+#include "bx_wire_name_index.h"
 #include "ut_hash.h"
 
 namespace {
@@ -29,7 +30,7 @@ char* copy_of(std::string_view text) {
 bx_name_store::bx_name_store(DARRAY_NAME& table) : table_(table), seed_(ut_hash_seed()) {}
 
 bx_name_store::~bx_name_store() {
-  for (char* string : kept_) std::free(string);
+  for (char* string : kept_) bx_free_name(string);
 }
 
 std::uint32_t bx_name_store::hash_of(std::string_view text) const noexcept {

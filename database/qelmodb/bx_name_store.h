@@ -14,6 +14,8 @@
 
 #include "bx_db.h"
 
+class bx_compression_aids;
+
 class bx_name_store {
  public:
   explicit bx_name_store(DARRAY_NAME& table);
@@ -45,6 +47,9 @@ class bx_name_store {
 
   /// Moves all strings of the table to those kept, and empties it.
   void keep_table();
+
+  /// Borrowed; null unless the database is being compressed.
+  bx_compression_aids* aids = nullptr;
 
   /// Whether the table or the kept strings hold this very string.
   bool owns(const char* string);

@@ -8,6 +8,8 @@
 
 #include "bx_access.h"
 #include "bx_grid.h"
+#include "bx_wire_name_index.h"
+#include "qelmotmplt.h"
 
 // Gathers the names to be freed while BX_DB::MPAR_FLOW is set. Clients may have put one string into many
 // places of a tree, so each is freed once, after the last place was looked at.
@@ -26,7 +28,7 @@ class BX_INSTANCE::name_releaser {
   ~name_releaser() {
     std::sort(strings_.begin(), strings_.end());
     strings_.erase(std::unique(strings_.begin(), strings_.end()), strings_.end());
-    for (char* string : strings_) std::free(string);
+    for (char* string : strings_) bx_free_name(string);
   }
 
  private:
@@ -95,9 +97,17 @@ void BX_INSTANCE::destroy_subtree() {
 BX_INSTANCE::~BX_INSTANCE() { destroy_subtree(); }
 
 // Everything that a load replaces. Strings stay valid as long as the database does.
+void BX_DB::release_templates() {
+  for (const ASS_TEMPLATE* made : asstemplates) delete made;
+  asstemplates.clear();
+  delete basicasstemplate;
+  basicasstemplate = nullptr;
+}
+
 void BX_DB::release_content() {
   delete grid;
   grid = nullptr;
+  release_templates();
   if (top == nullptr && !nameborrowed) store_->keep(name);
   name = nullptr;
   nameborrowed = false;
@@ -111,10 +121,11 @@ void BX_DB::release_content() {
 
 BX_DB::~BX_DB() {
   delete grid;
+  release_templates();
   destroy_subtree();
   // Whatever names are left belong to the table or to the strings kept: hide them from ~BX_INSTANCE.
   name = nullptr;
   wires.empty();
-  for (char* string : names) std::free(string);
+  for (char* string : names) bx_free_name(string);
   delete store_;
 }

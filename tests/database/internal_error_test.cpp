@@ -78,13 +78,6 @@ TEST_F(InternalErrorDeathTest, GrandchildIsNoChildAsAStart) {
   EXPECT_EXIT(parents.first.getinstance("A", grandchild), testing::ExitedWithCode(EXIT_FAILURE), generic);
 }
 
-TEST_F(InternalErrorDeathTest, CompressionIsReportedAsAnImpossibleState) {
-  const test::environment hidden(show, nullptr);
-  EXPECT_EXIT(parents.first.compress(), testing::ExitedWithCode(EXIT_FAILURE), generic_output("", 1));
-  BX_DB db;
-  EXPECT_EXIT(db.compress(), testing::ExitedWithCode(EXIT_FAILURE), generic_output("", 1));
-}
-
 template <class T>
 void copy_away(const T& original) {
   const T copy(original);
@@ -140,9 +133,8 @@ TEST_F(InternalError, ReportReachesASubstituteManagerWithItsOriginAndCode) {
   const test::substitute in_place(recorded);
   EXPECT_EQ(parents.first.getinstance("A", parents.foreign), nullptr);
   EXPECT_EQ(parents.first.getinstance(0, 0, parents.foreign), nullptr);
-  parents.first.compress();
-  EXPECT_EQ(recorded.lines, lines(3, std::string("fatal ") + generic));
-  EXPECT_EQ(recorded.origins, (lines{"qelmodb 1.0 1 0", "qelmodb 1.0 2 0", "qelmodb 1.0 1 0"}));
+  EXPECT_EQ(recorded.lines, lines(2, std::string("fatal ") + generic));
+  EXPECT_EQ(recorded.origins, (lines{"qelmodb 1.0 1 0", "qelmodb 1.0 2 0"}));
   EXPECT_EQ(recorded.tags[0].size(), 7U);
   for (const char c : recorded.tags[0]) EXPECT_GT(static_cast<unsigned char>(c), 127);
   EXPECT_EQ(recorded.tags[1], recorded.tags[0]);
@@ -203,7 +195,6 @@ TEST_F(InternalError, ManagerThatThrowsLeavesEverythingAsItWas) {
   const BX_DB db("D", 0, 0, 1, 1);
   EXPECT_THROW(parents.first.getinstance("A", parents.foreign), test::fatal_report);
   EXPECT_THROW(parents.first.getinstance(0, 0, parents.foreign), test::fatal_report);
-  EXPECT_THROW(parents.first.compress(), test::fatal_report);
   EXPECT_THROW(const BX_INSTANCE copy(parents.first), test::fatal_report);
   EXPECT_THROW(const BX_DB copy(db), test::fatal_report);
   EXPECT_THROW(const DARRAY_BX_WIRE copy(parents.first.wires), test::fatal_report);

@@ -34,8 +34,8 @@ class BX_API BX_DB : public BX_INSTANCE {
   DARRAY_NAME names;
   BX_GRID* grid;                            ///< the tile grid, owned; null until getgrid builds it
   NP_DEVICE* device;                        ///< borrowed, or null
-  std::vector<ASS_TEMPLATE*> asstemplates;  ///< the instance templates; empty in this version
-  BASIC_ASS_TEMPLATE* basicasstemplate;     ///< the switch-matrix templates; null in this version
+  std::vector<ASS_TEMPLATE*> asstemplates;  ///< the instance templates, owned
+  BASIC_ASS_TEMPLATE* basicasstemplate;     ///< the switch-matrix templates, owned; null until there are some
   bx_long numinst;                          ///< counted by count_inst
   bx_long numbasicass;                      ///< counted by count_basic_ass
 
@@ -62,9 +62,15 @@ class BX_API BX_DB : public BX_INSTANCE {
   /// Destroys the tree and everything the database owns; every pointer into it becomes invalid.
   ~BX_DB() override;
 
-  // ---- compression: reserved, see BX_INSTANCE
+  // ---- compression
 
+  /// Gives every instance of the tree a template reference: builds the switch-matrix templates, then finds or
+  /// makes the instance templates. Names and wires stay as they are, templates are never taken away, and the two
+  /// counters go on counting (the root is not counted). Ends the process as BX_INSTANCE::compress and
+  /// BASIC_ASS_TEMPLATE::buildme_sm do. O(n log n) in wires.
   void compress() override;
+
+  /// Reserved; 0.
   unsigned char writecompress(UT_PTRFILE* file) override;
   unsigned char readcompress(UT_PTRFILE* file) override;
 
@@ -129,6 +135,7 @@ class BX_API BX_DB : public BX_INSTANCE {
   friend struct bx_access;
 
   void release_content();
+  void release_templates();
 
   bx_name_store* store_;  // owned: the index of the name table, and strings kept until the end
 };

@@ -62,13 +62,27 @@ class BX_API BX_INSTANCE : public BX_EXTREMA {
 
   // ---- compression (the order of these virtual operations is fixed)
 
-  /// Reserved for template compression, which this version does not have: reports through the
-  /// internal-error path, which ends the process.
+  /// Counts this instance and its subtree in its database and lets each refer to its template: switch matrices
+  /// to their wire list, others to an instance template, which is made when there is none yet. Names and wires
+  /// stay as they are. Called by BX_DB::compress, which prepares the switch-matrix templates; these must exist.
+  /// An instance without database is left alone. Ends the process through the message manager when a switch
+  /// matrix has wires that no wire list has, and with more than 32768 templates. Needs no stack for deep trees.
   virtual void compress();
 
   /// Reserved likewise. Writes and reads nothing; 0.
   virtual unsigned char writecompress(UT_PTRFILE* file);
   virtual unsigned char readcompress(UT_PTRFILE* file);
+
+  /// The number of the first template of its database with this instance's name, number of wires and relative
+  /// nodes; wire names are not compared. Makes one, which borrows the names of this instance and its wires, when
+  /// there is none. Walks the templates one by one; BX_DB::compress finds them faster. -1 without a database.
+  int create_template();
+
+  /// Gives this instance and its subtree the names and wires of the templates they refer to, all borrowed; of a
+  /// longer list of wires the rest stays. Nothing is released. An instance whose reference leads nowhere stays as
+  /// it is. Called by a load of a compressed file. Ends the process through the message manager when a template
+  /// does not cover an instance's column or row. Needs no stack for deep trees.
+  void restore();
 
   // ---- change
 
@@ -189,6 +203,11 @@ class BX_API BX_INSTANCE : public BX_EXTREMA {
   /// interned string or a private copy. Nothing happens to an instance that is bound there already.
   void settoplevel(BX_DB* db);
 
+  /// Store a template reference. An index that is negative or above 32767 ends the process through the message
+  /// manager.
+  void set_basic_ass_tmpltidx(int idx);
+  void set_non_basic_ass_tmpltidx(int idx);
+
   static char separator;
 
  private:
@@ -204,6 +223,9 @@ class BX_API BX_INSTANCE : public BX_EXTREMA {
   void destroy_subtree();
   void rebind(BX_DB* db);
   void regroup_children(bx_long present);
+  int wire_list_number();
+  void refer_to_template();
+  void compress_children();
   void note_child_order() noexcept;
   void drop_own_name() noexcept;
 

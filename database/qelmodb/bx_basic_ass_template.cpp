@@ -1,0 +1,173 @@
+// SPDX-FileCopyrightText: The qelmodb authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "bx_basic_ass_template.h"
+
+#include <memory>
+
+#include "bx_matrix_build.h"
+#include "bx_matrix_nodes.h"
+#include "bx_order.h"
+#include "bx_template_faults.h"
+#include "qelmotmplt.h"
+#include "ut_arith.h"
+
+WIRE_TEMPLATE_SM::~WIRE_TEMPLATE_SM() {
+  delete[] offset_maps;
+  offset_maps = nullptr;
+}
+
+/// The corner of each place of the grid, as the maps were when it was made. A corner is a column's coordinate and a
+/// row's, so the two suffice; the table of all places is for clients, as long as it is of a bearable size.
+class BASIC_ASS_TEMPLATE::corners {
+ public:
+  corners(const std::map<bx_long, std::uint16_t>& colmap, const std::map<bx_long, std::uint16_t>& rowmap)
+      : columns_(colmap), rows_(rowmap) {
+    if (columns_.size() * rows_.size() > most_ins_points) return;
+    points_.resize(columns_.size() * rows_.size(), NO_POINT);
+    by_column_.resize(columns_.size());
+    for (std::size_t c = 0; c < columns_.size(); ++c) {
+      by_column_[c] = points_.data() + c * rows_.size();
+      for (std::size_t r = 0; r < rows_.size(); ++r) by_column_[c][r] = at(c, r);
+    }
+  }
+
+  BX_POINT at(std::size_t c, std::size_t r) const noexcept {
+    bx_long x = 0;
+    bx_long y = 0;
+    return columns_.get(c, x) && rows_.get(r, y) ? BX_POINT(x, y) : NO_POINT;
+  }
+
+  BX_POINT** table() noexcept { return by_column_.empty() ? nullptr : by_column_.data(); }
+
+ private:
+  // Coordinates by number. A damaged file can give several the same number, or one beyond their count.
+  class axis {
+   public:
+    explicit axis(const std::map<bx_long, std::uint16_t>& numbers)
+        : coordinates_(numbers.size()), known_(numbers.size()) {
+      for (const auto& [coordinate, number] : numbers) {
+        if (number >= coordinates_.size()) continue;
+        coordinates_[number] = coordinate;
+        known_[number] = true;
+      }
+    }
+    std::size_t size() const noexcept { return coordinates_.size(); }
+    bool get(std::size_t number, bx_long& coordinate) const noexcept {
+      if (number >= coordinates_.size() || !known_[number]) return false;
+      coordinate = coordinates_[number];
+      return true;
+    }
+
+   private:
+    std::vector<bx_long> coordinates_;
+    std::vector<bool> known_;
+  };
+
+  axis columns_;
+  axis rows_;
+  std::vector<BX_POINT> points_;
+  std::vector<BX_POINT*> by_column_;
+};
+
+BASIC_ASS_TEMPLATE::BASIC_ASS_TEMPLATE() noexcept = default;
+
+BASIC_ASS_TEMPLATE::BASIC_ASS_TEMPLATE(const BASIC_ASS_TEMPLATE& other) { *this = other; }
+
+BASIC_ASS_TEMPLATE& BASIC_ASS_TEMPLATE::operator=(const BASIC_ASS_TEMPLATE& other) {
+  if (this == &other) return *this;
+  name = other.name;
+  num_wirelist = other.num_wirelist;
+  wirelist_numwires = other.wirelist_numwires;
+  wirelists = other.wirelists;
+  num_wire_template = other.num_wire_template;
+  wire_templates = other.wire_templates;
+  colmap = other.colmap;
+  rowmap = other.rowmap;
+  ins_points = other.ins_points;
+  corners_ = other.corners_.load();
+  former_templates_ = other.former_templates_;
+  return *this;
+}
+
+BASIC_ASS_TEMPLATE::~BASIC_ASS_TEMPLATE() {
+  for (int k = 0; k < num_wirelist; ++k) delete[] wirelists[k];
+  delete[] wirelists;
+  delete[] wirelist_numwires;
+  delete[] wire_templates;
+  for (WIRE_TEMPLATE_SM* former : former_templates_) delete[] former;
+  delete corners_.load();
+}
+
+void BASIC_ASS_TEMPLATE::buildme_sm(BX_DB* db) { bx_matrix_builder(*this, *db).build(); }
+
+std::uint16_t BASIC_ASS_TEMPLATE::getcol(bx_long x) const noexcept {
+  const auto found = colmap.find(x);
+  return found != colmap.end() ? found->second : NO_INDEX;
+}
+
+std::uint16_t BASIC_ASS_TEMPLATE::getrow(bx_long y) const noexcept {
+  const auto found = rowmap.find(y);
+  return found != rowmap.end() ? found->second : NO_INDEX;
+}
+
+std::uint16_t BASIC_ASS_TEMPLATE::get_wire_list_idx_sm(BX_INSTANCE* inst) const {
+  if (bx_compare_names(inst->name, BASIC_ASS_NAME) != 0) return NO_INDEX;
+  auto matches = [&](int k) {
+    if (wirelist_numwires[k] != inst->getnumwires()) return false;
+    for (int j = 0; j < wirelist_numwires[k]; ++j) {
+      if (wirelists[k][j] >= num_wire_template) return false;
+      if (bx_compare_names(inst->wires[j].name, getwirename_sm(k, j)) != 0) return false;
+    }
+    return true;
+  };
+  for (int k = 0; k < num_wirelist; ++k) {
+    if (matches(k)) return static_cast<std::uint16_t>(k);
+  }
+  bx_report_missing_wire_list();
+  return NO_INDEX;
+}
+
+void BASIC_ASS_TEMPLATE::init_ins_points() {
+  auto made = std::make_unique<corners>(colmap, rowmap);
+  corners* none = nullptr;
+  if (!corners_.compare_exchange_strong(none, made.get())) return;  // another thread was first
+  ins_points = made->table();
+  static_cast<void>(made.release());
+}
+
+const BASIC_ASS_TEMPLATE::corners& BASIC_ASS_TEMPLATE::known_corners() {
+  if (corners_.load() == nullptr) init_ins_points();
+  return *corners_.load();
+}
+
+BX_POINT BASIC_ASS_TEMPLATE::corner_at(std::uint16_t column, std::uint16_t row) {
+  return known_corners().at(column, row);
+}
+
+BX_POINT BASIC_ASS_TEMPLATE::restore_wire(BX_POINT pos, int k, int j) {
+  const auto column = colmap.find(pos.x);
+  const auto row = rowmap.find(pos.y);
+  if (column == colmap.end() || row == rowmap.end()) {
+    bx_report_no_basic_ass(pos.x, pos.y);
+    return NO_POINT;
+  }
+  return restore_wire_sm(column->second, row->second, k, j);
+}
+
+BX_POINT BASIC_ASS_TEMPLATE::restore_wire_sm(int c, int r, int k, int j) {
+  const std::uint16_t number = wirelists[k][j];
+  if (number >= num_wire_template) {
+    bx_report_beyond("wire template", number, num_wire_template);
+    return NO_POINT;
+  }
+  const WIRE_TEMPLATE_SM& wire = wire_templates[number];
+  const bool by_column = wire.span_dir == 1;
+  const std::uint16_t map = wire.index_map.lookup(static_cast<std::uint16_t>(by_column ? c : r));
+  if (map >= wire.num_offset_map) {
+    bx_report_beyond("offset map", map, wire.num_offset_map);
+    return NO_POINT;
+  }
+  const BX_POINT offset = wire.offset_maps[map].lookup(static_cast<std::uint16_t>(by_column ? r : c));
+  return bx_node_at(wire, corner_at(static_cast<std::uint16_t>(c), static_cast<std::uint16_t>(r)), offset);
+}

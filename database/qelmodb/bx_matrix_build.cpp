@@ -1,0 +1,311 @@
+// SPDX-FileCopyrightText: The qelmodb authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "bx_matrix_build.h"
+
+#include <algorithm>
+#include <tuple>
+
+#include "bx_matrix_nodes.h"
+#include "bx_order.h"
+#include "bx_template_faults.h"
+#include "bx_template_index.h"
+#include "bx_tileiterator.h"
+#include "bx_wire_name_index.h"
+#include "qelmotmplt.h"
+
+namespace {
+
+BX_POINT corner_of(const BX_INSTANCE& inst) noexcept { return {inst.xmin, inst.ymin}; }
+BX_POINT node_of(const BX_WIRE& wire) noexcept { return {wire.nodex, wire.nodey}; }
+
+bool number_in_order(std::map<bx_long, std::uint16_t>& map, const char* what) {
+  if (map.size() > bx_most_in_set) {
+    bx_report_too_many(what, map.size());
+    return false;
+  }
+  std::uint16_t next = 0;
+  for (auto& [coordinate, number] : map) number = next++;
+  return true;
+}
+
+/// The first wire at a node, for each node of an instance.
+class wires_by_node {
+ public:
+  explicit wires_by_node(const BX_INSTANCE* inst) {
+    if (inst == nullptr) return;
+    for (const BX_WIRE& wire : inst->wires) first_.try_emplace({wire.nodex, wire.nodey}, &wire);
+  }
+
+  const BX_WIRE* at(BX_POINT node) const {
+    const auto found = first_.find({node.x, node.y});
+    return found != first_.end() ? found->second : nullptr;
+  }
+
+ private:
+  std::map<std::pair<bx_long, bx_long>, const BX_WIRE*> first_;
+};
+
+}  // namespace
+
+bool bx_matrix_builder::run::operator<(const run& other) const noexcept {
+  return std::tie(start, value.x, value.y) < std::tie(other.start, other.value.x, other.value.y);
+}
+
+void bx_matrix_builder::build() {
+  if (!collect() || !number_lines()) return;
+  place_tiles();
+  make_wire_templates();
+  if (!make_wire_lists()) return;
+  find_positions();
+  find_spans();
+  const lines columns = lines_of(true);
+  const lines rows = lines_of(false);
+  std::vector<int> position_in_list(set_.num_wirelist, -1);
+  for (int i = 0; i < set_.num_wire_template; ++i) {
+    fill_offsets(i, set_.wire_templates[i].span_dir == 1 ? columns : rows, position_in_list);
+  }
+}
+
+bool bx_matrix_builder::collect() {
+  BX_TILEITERATOR below(&db_);
+  while (BX_INSTANCE* inst = below.getnext()) {
+    if (bx_compare_names(inst->name, BASIC_ASS_NAME) != 0) continue;
+    if (model_ == nullptr || inst->getnumwires() > model_->getnumwires()) model_ = inst;
+    matrices_.push_back(inst);
+  }
+  return model_ != nullptr;
+}
+
+bool bx_matrix_builder::number_lines() {
+  std::map<bx_long, std::uint16_t> columns = set_.colmap;
+  std::map<bx_long, std::uint16_t> rows = set_.rowmap;
+  for (const BX_INSTANCE* inst : matrices_) {
+    columns.emplace(inst->xmin, std::uint16_t{0});
+    rows.emplace(inst->ymin, std::uint16_t{0});
+  }
+  if (!number_in_order(columns, "columns") || !number_in_order(rows, "rows")) return false;
+  set_.colmap.swap(columns);
+  set_.rowmap.swap(rows);
+  set_.name = model_->name;
+  return true;
+}
+
+void bx_matrix_builder::place_tiles() {
+  tiles_.reserve(matrices_.size());
+  for (BX_INSTANCE* inst : matrices_) {
+    tiles_.push_back({set_.colmap.at(inst->xmin), set_.rowmap.at(inst->ymin), inst});
+  }
+  auto place = [](const tile& at) { return std::pair(at.column, at.row); };
+  std::stable_sort(tiles_.begin(), tiles_.end(), [&](const tile& a, const tile& b) { return place(a) < place(b); });
+  // Of several at one place the last one stays.
+  const auto kept =
+      std::unique(tiles_.rbegin(), tiles_.rend(), [&](const tile& a, const tile& b) { return place(a) == place(b); });
+  tiles_.erase(tiles_.begin(), kept.base());
+}
+
+void bx_matrix_builder::make_wire_templates() {
+  const auto count = static_cast<std::uint16_t>(static_cast<bx_ulong>(model_->getnumwires()));
+  auto made = std::make_unique<WIRE_TEMPLATE_SM[]>(count);
+  for (int i = 0; i < count; ++i) {
+    made[static_cast<std::size_t>(i)].name = model_->wires[i].name;
+    bx_set_wire_name_number(model_->wires[i].name, i);
+  }
+  // Clients may hold the former ones.
+  if (set_.wire_templates != nullptr) set_.former_templates_.push_back(set_.wire_templates);
+  set_.num_wire_template = count;
+  set_.wire_templates = made.release();
+}
+
+bool bx_matrix_builder::make_wire_lists() {
+  bx_wire_list_index index(set_);
+  std::vector<std::vector<std::uint16_t>> fresh;
+  for (tile& at : tiles_) {
+    at.list = index.find(*at.inst);
+    if (at.list >= 0) continue;
+    at.list = set_.num_wirelist + static_cast<int>(fresh.size());
+    if (static_cast<std::size_t>(at.list) >= bx_most_in_set) {
+      bx_report_too_many("wire lists", bx_most_in_set + 1);
+      return false;
+    }
+    std::vector<std::uint16_t> list(static_cast<std::uint16_t>(static_cast<bx_ulong>(at.inst->getnumwires())),
+                                    NO_INDEX);
+    for (std::size_t j = 0; j < list.size(); ++j) {
+      const char* wire = at.inst->wires[static_cast<bx_long>(j)].name;
+      const int number = bx_wire_name_number(wire);
+      if (number < 0 || number >= set_.num_wire_template) {
+        bx_report_missing_wire_template(wire);
+        return false;
+      }
+      list[j] = static_cast<std::uint16_t>(number);
+    }
+    index.add(*at.inst, list.size(), at.list);
+    fresh.push_back(std::move(list));
+  }
+  append_lists(fresh);
+  return true;
+}
+
+void bx_matrix_builder::append_lists(const std::vector<std::vector<std::uint16_t>>& fresh) {
+  if (fresh.empty()) return;
+  const std::size_t known = set_.num_wirelist;
+  const std::size_t count = known + fresh.size();
+  auto sizes = std::make_unique<std::uint16_t[]>(count);
+  auto lists = std::make_unique<std::uint16_t*[]>(count);
+  std::vector<std::unique_ptr<std::uint16_t[]>> owned;
+  for (const std::vector<std::uint16_t>& list : fresh) {
+    owned.push_back(std::make_unique<std::uint16_t[]>(list.size()));
+    std::copy(list.begin(), list.end(), owned.back().get());
+  }
+  for (std::size_t k = 0; k < known; ++k) {
+    sizes[k] = set_.wirelist_numwires[k];
+    lists[k] = set_.wirelists[k];
+  }
+  for (std::size_t k = known; k < count; ++k) {
+    sizes[k] = static_cast<std::uint16_t>(fresh[k - known].size());
+    lists[k] = owned[k - known].release();
+  }
+  delete[] set_.wirelist_numwires;
+  delete[] set_.wirelists;
+  set_.wirelist_numwires = sizes.release();
+  set_.wirelists = lists.release();
+  set_.num_wirelist = static_cast<std::uint16_t>(count);
+}
+
+void bx_matrix_builder::find_positions() {
+  places_.resize(set_.num_wire_template);
+  for (int list = 0; list < set_.num_wirelist; ++list) {
+    for (int j = 0; j < set_.wirelist_numwires[list]; ++j) {
+      const std::uint16_t wire = set_.wirelists[list][j];
+      if (wire >= set_.num_wire_template) continue;
+      std::vector<place_in_list>& places = places_[wire];
+      // A later position of the same template in the list wins.
+      if (!places.empty() && places.back().list == list) {
+        places.back().position = j;
+      } else {
+        places.push_back({list, j});
+      }
+    }
+  }
+}
+
+const bx_matrix_builder::tile* bx_matrix_builder::tile_at(int column, int row) const {
+  const std::pair place(column, row);
+  const auto found = std::lower_bound(tiles_.begin(), tiles_.end(), place, [](const tile& a, const auto& b) {
+    return std::pair<int, int>(a.column, a.row) < b;
+  });
+  return found != tiles_.end() && found->column == column && found->row == row ? &*found : nullptr;
+}
+
+void bx_matrix_builder::find_spans() {
+  const int column = set_.colmap.at(model_->xmin);
+  const int row = set_.rowmap.at(model_->ymin);
+  auto wires_at = [this](int c, int r) {
+    const tile* found = tile_at(c, r);
+    return wires_by_node(found != nullptr ? found->inst : nullptr);
+  };
+  const wires_by_node east = wires_at(column + 1, row);
+  const wires_by_node north = wires_at(column, row + 1);
+  for (int i = 0; i < set_.num_wire_template; ++i) {
+    WIRE_TEMPLATE_SM& wire = set_.wire_templates[i];
+    const BX_POINT node = node_of(model_->wires[i]);
+    const BX_WIRE* partner = east.at(node);
+    if (partner != nullptr) {
+      wire.span_dir = 0;
+    } else {
+      partner = north.at(node);
+      if (partner == nullptr) continue;
+      wire.span_dir = 1;
+    }
+    // A name that no build has met counts as that of template 0, and is known from then on.
+    int number = bx_wire_name_number(partner->name);
+    if (number == bx_no_wire_number) {
+      number = 0;
+      bx_set_wire_name_number(partner->name, number);
+    }
+    if (number < 0 || number >= set_.num_wire_template) continue;
+    set_.wire_templates[number].span_dir = wire.span_dir;
+    if (number == i) wire.absolute = 1;
+  }
+}
+
+bx_matrix_builder::lines bx_matrix_builder::lines_of(bool columns) const {
+  lines made;
+  for (const tile& at : tiles_) made.tiles.push_back(&at);
+  auto line = [columns](const tile* at) { return columns ? at->column : at->row; };
+  if (!columns) {
+    std::stable_sort(made.tiles.begin(), made.tiles.end(),
+                     [&](const tile* a, const tile* b) { return line(a) < line(b); });
+  }
+  for (std::size_t i = 0; i < made.tiles.size(); ++i) {
+    if (i == 0 || line(made.tiles[i]) != line(made.tiles[i - 1])) made.starts.push_back(i);
+  }
+  made.starts.push_back(made.tiles.size());
+  return made;
+}
+
+void bx_matrix_builder::runs_of_line(int wire, const lines& by_line, std::size_t line,
+                                     const std::vector<int>& position_in_list, std::vector<run>& runs) const {
+  const WIRE_TEMPLATE_SM& tmplt = set_.wire_templates[wire];
+  const bool by_column = tmplt.span_dir == 1;
+  runs.clear();
+  auto append = [&runs](std::size_t start, BX_POINT value) {
+    if (runs.empty() || !(runs.back().value == value)) runs.push_back({static_cast<std::uint16_t>(start), value});
+  };
+  std::size_t next = 0;
+  for (std::size_t t = by_line.starts[line]; t < by_line.starts[line + 1]; ++t) {
+    const tile& at = *by_line.tiles[t];
+    const int position = position_in_list[static_cast<std::size_t>(at.list)];
+    if (position < 0) continue;
+    const std::size_t along = by_column ? at.row : at.column;
+    if (along > next) append(next, NO_POINT);
+    append(along, bx_offset_of(tmplt, corner_of(*at.inst), node_of(at.inst->wires[position])));
+    next = along + 1;
+  }
+  if (next < (by_column ? set_.rowmap : set_.colmap).size()) append(next, NO_POINT);
+}
+
+void bx_matrix_builder::fill_offsets(int wire, const lines& by_line, std::vector<int>& position_in_list) {
+  WIRE_TEMPLATE_SM& tmplt = set_.wire_templates[wire];
+  const bool by_column = tmplt.span_dir == 1;
+  const auto outer_count = (by_column ? set_.colmap : set_.rowmap).size();
+  const auto along_count = (by_column ? set_.rowmap : set_.colmap).size();
+  for (const place_in_list& at : places_[static_cast<std::size_t>(wire)]) {
+    position_in_list[static_cast<std::size_t>(at.list)] = at.position;
+  }
+  std::map<std::vector<run>, std::uint16_t> numbers;
+  std::vector<const std::vector<run>*> pool;
+  std::map<std::uint16_t, std::uint16_t>& indices = tmplt.index_map.ranges;
+  int previous = -1;
+  auto record = [&](std::size_t outer, const std::vector<run>& runs) {
+    const auto [entry, is_new] = numbers.try_emplace(runs, static_cast<std::uint16_t>(pool.size()));
+    if (is_new) pool.push_back(&entry->first);
+    if (entry->second != previous)
+      indices.emplace_hint(indices.end(), static_cast<std::uint16_t>(outer), entry->second);
+    previous = entry->second;
+  };
+  const std::vector<run> empty_line{{0, NO_POINT}};
+  std::vector<run> runs;
+  std::size_t next = 0;
+  for (std::size_t line = 0; line + 1 < by_line.starts.size(); ++line) {
+    const tile& first = *by_line.tiles[by_line.starts[line]];
+    const std::size_t outer = by_column ? first.column : first.row;
+    if (outer > next) record(next, empty_line);
+    runs_of_line(wire, by_line, line, position_in_list, runs);
+    record(outer, runs);
+    next = outer + 1;
+  }
+  if (next < outer_count) record(next, empty_line);
+  for (const place_in_list& at : places_[static_cast<std::size_t>(wire)]) {
+    position_in_list[static_cast<std::size_t>(at.list)] = -1;
+  }
+
+  tmplt.index_map.size = static_cast<std::uint16_t>(outer_count);
+  tmplt.offset_maps = new RANGE_MAP<BX_POINT>[pool.size()];
+  tmplt.num_offset_map = static_cast<std::uint16_t>(pool.size());
+  for (std::size_t k = 0; k < pool.size(); ++k) {
+    tmplt.offset_maps[k].size = static_cast<std::uint16_t>(along_count);
+    for (const run& r : *pool[k])
+      tmplt.offset_maps[k].ranges.emplace_hint(tmplt.offset_maps[k].ranges.end(), r.start, r.value);
+  }
+}

@@ -1,0 +1,109 @@
+// SPDX-FileCopyrightText: The qelmodb authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "bx_template_index.h"
+
+#include <compare>
+
+#include "bx_access.h"
+#include "bx_order.h"
+#include "bx_template_faults.h"
+#include "ut_arith.h"
+#include "ut_string.h"
+
+namespace {
+
+// The two things that are compared, seen alike.
+struct template_view {
+  const ASS_TEMPLATE& tmplt;
+  bx_long count() const noexcept { return tmplt.numwires; }
+  const char* name() const noexcept { return tmplt.name; }
+  BX_POINT node(bx_long k) const noexcept { return {tmplt.wires[k].nodex, tmplt.wires[k].nodey}; }
+};
+
+struct instance_view {
+  const BX_INSTANCE& inst;
+  bx_long count() const noexcept { return inst.getnumwires(); }
+  const char* name() const noexcept { return inst.name; }
+  BX_POINT node(bx_long k) const noexcept {
+    return {ut_wrap_sub(inst.wires[k].nodex, inst.xmin), ut_wrap_sub(inst.wires[k].nodey, inst.ymin)};
+  }
+};
+
+template <class A, class B>
+bool before(const A& a, const B& b) {
+  if (a.count() != b.count()) return a.count() < b.count();
+  if (const int names = bx_compare_names(a.name(), b.name()); names != 0) return names < 0;
+  for (bx_long k = 0; k < a.count(); ++k) {
+    const BX_POINT p = a.node(k);
+    const BX_POINT q = b.node(k);
+    if (p.x != q.x) return p.x < q.x;
+    if (p.y != q.y) return p.y < q.y;
+  }
+  return false;
+}
+
+}  // namespace
+
+bool bx_template_index::order::operator()(const ASS_TEMPLATE* a, const ASS_TEMPLATE* b) const {
+  return before(template_view{*a}, template_view{*b});
+}
+
+bool bx_template_index::order::operator()(const ASS_TEMPLATE* a, const BX_INSTANCE& b) const {
+  return before(template_view{*a}, instance_view{b});
+}
+
+bool bx_template_index::order::operator()(const BX_INSTANCE& a, const ASS_TEMPLATE* b) const {
+  return before(instance_view{a}, template_view{*b});
+}
+
+int bx_template_index::find(const BX_INSTANCE& inst) {
+  for (; known_ < templates_.size(); ++known_) numbers_.emplace(templates_[known_], static_cast<int>(known_));
+  const auto found = numbers_.find(inst);
+  return found != numbers_.end() ? found->second : -1;
+}
+
+int bx_text_numbers::of(const char* text) {
+  const auto known = by_address_.find(text);
+  if (known != by_address_.end()) return known->second;
+  const int number = by_text_.emplace(ut_text(text), static_cast<int>(by_text_.size())).first->second;
+  by_address_.emplace(text, number);
+  return number;
+}
+
+bx_wire_list_index::bx_wire_list_index(const BASIC_ASS_TEMPLATE& set) {
+  for (int list = 0; list < set.num_wirelist; ++list) {
+    key_.clear();
+    bool valid = true;
+    for (int j = 0; j < set.wirelist_numwires[list] && valid; ++j) {
+      const std::uint16_t wire = set.wirelists[list][j];
+      valid = wire < set.num_wire_template;
+      if (valid) key_.push_back(texts_.of(set.wire_templates[wire].name));
+    }
+    if (valid) numbers_.emplace(key_, list);
+  }
+}
+
+int bx_wire_list_index::find(const BX_INSTANCE& inst) {
+  const auto count = static_cast<std::size_t>(inst.getnumwires());
+  if (count > bx_most_list_wires) return -1;
+  const auto found = numbers_.find(key_of(inst, count));
+  return found != numbers_.end() ? found->second : -1;
+}
+
+void bx_wire_list_index::add(const BX_INSTANCE& inst, std::size_t count, int number) {
+  numbers_.emplace(key_of(inst, count), number);
+}
+
+std::vector<int>& bx_wire_list_index::key_of(const BX_INSTANCE& inst, std::size_t count) {
+  key_.clear();
+  for (std::size_t j = 0; j < count; ++j) key_.push_back(texts_.of(inst.wires[static_cast<bx_long>(j)].name));
+  return key_;
+}
+
+bx_compression_aids::bx_compression_aids(BX_DB& db)
+    : templates(db.get_non_basic_ass_tmpvec()), wire_lists(*db.basicasstemplate), db_(db) {
+  bx_access::names(db).aids = this;
+}
+
+bx_compression_aids::~bx_compression_aids() { bx_access::names(db_).aids = nullptr; }

@@ -1,0 +1,84 @@
+// SPDX-FileCopyrightText: The qelmodb authors
+// SPDX-License-Identifier: Apache-2.0
+
+// Finds the template of an instance, and the wire list of a switch matrix, among thousands. Both stand for a search
+// from the first one on: of several that match, the one with the smallest number is found. Used while a database is
+// compressed.
+#pragma once
+
+#include <map>
+#include <set>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "bx_ass_template.h"
+#include "bx_basic_ass_template.h"
+#include "bx_db.h"
+
+/// The templates of a table, by number of wires, name and relative nodes.
+class bx_template_index {
+ public:
+  explicit bx_template_index(const std::vector<ASS_TEMPLATE*>& templates) : templates_(templates) {}
+
+  /// The number of the first template that matches, or -1. Takes in what the table got since the last call.
+  int find(const BX_INSTANCE& inst);
+
+ private:
+  struct order {
+    using is_transparent = void;
+    bool operator()(const ASS_TEMPLATE* a, const ASS_TEMPLATE* b) const;
+    bool operator()(const ASS_TEMPLATE* a, const BX_INSTANCE& b) const;
+    bool operator()(const BX_INSTANCE& a, const ASS_TEMPLATE* b) const;
+  };
+
+  const std::vector<ASS_TEMPLATE*>& templates_;
+  std::map<const ASS_TEMPLATE*, int, order> numbers_;
+  std::size_t known_ = 0;
+};
+
+/// Numbers for texts, so that lists of names can be compared quickly. The strings must outlive it.
+class bx_text_numbers {
+ public:
+  /// Equal for equal texts. A missing name counts as "".
+  int of(const char* text);
+
+ private:
+  std::unordered_map<const char*, int> by_address_;
+  std::unordered_map<std::string_view, int> by_text_;
+};
+
+/// Lists of wire names, by their texts.
+class bx_wire_list_index {
+ public:
+  /// Takes in the lists of a set. A list that refers to no template of the set never matches.
+  explicit bx_wire_list_index(const BASIC_ASS_TEMPLATE& set);
+
+  /// The number of the first list with the names of these wires, or -1.
+  int find(const BX_INSTANCE& inst);
+
+  /// Adds a list with the names of the first count of these wires.
+  void add(const BX_INSTANCE& inst, std::size_t count, int number);
+
+ private:
+  std::vector<int>& key_of(const BX_INSTANCE& inst, std::size_t count);
+
+  bx_text_numbers texts_;
+  std::map<std::vector<int>, int> numbers_;
+  std::vector<int> key_;
+};
+
+/// What helps while a database is compressed; bound to it from construction to destruction.
+class bx_compression_aids {
+ public:
+  explicit bx_compression_aids(BX_DB& db);
+  bx_compression_aids(const bx_compression_aids&) = delete;
+  bx_compression_aids& operator=(const bx_compression_aids&) = delete;
+  ~bx_compression_aids();
+
+  bx_template_index templates;
+  bx_wire_list_index wire_lists;
+
+ private:
+  BX_DB& db_;
+};

@@ -1,0 +1,97 @@
+// SPDX-FileCopyrightText: The qelmodb authors
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <atomic>
+#include <map>
+#include <vector>
+
+#include "bx_wire_template.h"
+
+class BX_DB;
+class BX_INSTANCE;
+
+/// The template set of all switch matrices (instances named "BASIC_ASS") of a database: the grid of columns
+/// and rows on which they stand, their distinct lists of wire names, and for each wire name where its node
+/// lies at every place of the grid. From column, row, wire list and position in the list the node of any
+/// wire is restored.
+///
+/// A column is a distinct xmin, a row a distinct ymin of a switch matrix, both numbered upwards from 0. The
+/// set belongs to a database and borrows its strings. Building changes the set and must not run beside
+/// anything else, not even a build for another database; all other operations may run concurrently.
+class BX_API BASIC_ASS_TEMPLATE {
+ public:
+  // ---- fields, in this order; the arrays are owned, from new[]
+
+  char* name = nullptr;                        ///< "BASIC_ASS" once built; borrowed
+  std::uint16_t num_wirelist = 0;              ///< distinct wire lists
+  std::uint16_t* wirelist_numwires = nullptr;  ///< number of wires of each list
+  std::uint16_t** wirelists = nullptr;         ///< for each list one index into wire_templates per wire, in wire order
+  std::uint16_t num_wire_template = 0;         ///< wire templates, one for each wire of the largest switch matrix
+  WIRE_TEMPLATE_SM* wire_templates = nullptr;  ///< as many
+  std::map<bx_long, std::uint16_t> colmap;     ///< column of each xmin
+  std::map<bx_long, std::uint16_t> rowmap;     ///< row of each ymin
+
+  /// The corner of each place, by column and row; null until the first restore, and for grids of more than
+  /// most_ins_points places, whose corners are not tabulated.
+  BX_POINT** ins_points = nullptr;
+
+  /// The largest table of corners.
+  static constexpr std::size_t most_ins_points = std::size_t{1} << 22;
+
+  // ---- make
+
+  BASIC_ASS_TEMPLATE() noexcept;
+
+  /// A copy shares all arrays, and only one of the two may be destroyed. Assignment releases nothing.
+  BASIC_ASS_TEMPLATE(const BASIC_ASS_TEMPLATE& other);
+  BASIC_ASS_TEMPLATE& operator=(const BASIC_ASS_TEMPLATE& other);
+
+  ~BASIC_ASS_TEMPLATE();
+
+  /// Takes in all switch matrices of the database. Columns, rows and wire lists of an earlier build are kept,
+  /// the latter with their numbers; wire templates are made anew, one for each wire of the switch matrix that
+  /// has most. Without any switch matrix nothing changes. Ends the process through the message manager when a
+  /// switch matrix has a wire that the one with most wires lacks. Throws std::bad_alloc.
+  void buildme_sm(BX_DB* db);
+
+  // ---- look up
+
+  char* getname() const noexcept { return name; }
+
+  /// Number of wires of list k; k is not checked.
+  std::uint16_t getnumwires(int k) const noexcept { return wirelist_numwires[k]; }
+
+  /// Name of wire j of list k; neither is checked.
+  char* getwirename_sm(int k, int j) const noexcept { return wire_templates[wirelists[k][j]].name; }
+
+  /// The first wire list with exactly the names of this switch matrix, in their order. NO_INDEX for an instance
+  /// of another name. Ends the process through the message manager when there is none.
+  std::uint16_t get_wire_list_idx_sm(BX_INSTANCE* inst) const;
+
+  /// The column of an xmin, the row of a ymin, or NO_INDEX.
+  std::uint16_t getcol(bx_long x) const noexcept;
+  std::uint16_t getrow(bx_long y) const noexcept;
+
+  /// The node of wire j of list k in the switch matrix whose lower left corner is at pos. k and j are not checked.
+  /// Ends the process through the message manager when no column or no row begins there.
+  BX_POINT restore_wire(BX_POINT pos, int k, int j);
+
+  /// The same for column c and row r. Ends the process likewise when these are beyond what the template covers.
+  /// At a place without this wire the result has no meaning.
+  BX_POINT restore_wire_sm(int c, int r, int k, int j);
+
+ private:
+  friend class bx_matrix_builder;
+  friend class bx_matrix_restorer;
+
+  class corners;
+
+  void init_ins_points();
+  const corners& known_corners();
+  BX_POINT corner_at(std::uint16_t column, std::uint16_t row);
+
+  std::atomic<corners*> corners_ = nullptr;          // owned; made once, by whichever thread needs it first
+  std::vector<WIRE_TEMPLATE_SM*> former_templates_;  // owned; of earlier builds, as clients may hold some
+};
