@@ -3,7 +3,7 @@
 # SPDX-License-Identifier: Apache-2.0
 
 # Installs what is missing, builds the library and its tool, and takes a device through its life: made, saved
-# in each form, checked, loaded, queried, compared. What it writes goes to build/demo.
+# in each form, checked, loaded, queried, compared, drawn. What it writes goes to build/demo.
 #
 #   scripts/demo.sh [COLUMNS ROWS WIRES]     100 100 100 when none is given
 set -eu
@@ -32,5 +32,8 @@ for file in $device.bxd $device-text.bxd $device-back.bxd.zst; do
 done
 run $bxdb diff $device.bxd $device-back.bxd.zst
 run $bxdb at $device.bxd 500 500
+# The lowest row inside the I/O ring; its first matrix stands in any device.
+run $bxdb grid $device.bxd BASIC_ASS --row "$((${2:-100} - 2))" --col 1
+run $bxdb grid $device.bxd BASIC_ASS --png $device.png
 echo
 ls -l $device*

@@ -17,5 +17,6 @@ need_packages() {
   DEBIAN_FRONTEND=noninteractive $as_root apt-get install -y -qq --no-install-recommends $missing >/dev/null
 }
 
-build_packages="g++ cmake ninja-build pkg-config libcli11-dev libfmt-dev nlohmann-json3-dev zlib1g-dev libzstd-dev"
+build_packages="g++ cmake ninja-build pkg-config libcli11-dev libfmt-dev nlohmann-json3-dev zlib1g-dev libzstd-dev\
+ libcairo2-dev"
 test_packages="libgtest-dev libbenchmark-dev gzip zstd"

@@ -60,11 +60,41 @@ TEST_F(BxdbGenerate, AGridNameGivesAGridFile) {
   expect(0, {"diff", file("a.bxg.gz"), file("a.bxd")});
 }
 
+TEST_F(BxdbGenerate, TheDescriptionOfTheDeviceStandsBeside) {
+  const std::string expected = "NP_DEVICE:1\nrows 3 0 100 200 300\ncolumns 4 0 100 200 300 400\n";
+  for (const char* name : {"a.bxd", "b.bxg", "c.bxd.gz", "d.bxg.zst"}) {
+    expect(0, {"generate", file(name), "--columns", "4", "--rows", "3", "--wires", "48"});
+    EXPECT_EQ(read_file(file(std::string(1, name[0]) + ".npd")), expected);
+  }
+  expect(0, {"generate", file("p"), "--profile", "plain", "--columns", "2", "--rows", "1", "--wires", "1"});
+  EXPECT_EQ(read_file(file("p.npd")), "NP_DEVICE:1\nrows 2 0 64 128\ncolumns 1 0 64\n");
+}
+
+TEST_F(BxdbGenerate, ADeviceOfTooManyRowsHasNoDescription) {
+  const words line = {"generate", file("a.bxd"), "--columns", "3", "--rows", "32768", "--wires", "4"};
+  EXPECT_EQ(expect(0, line).err,
+            "bxdb: " + file("a.npd") + ": not written: a description holds at most 32767 rows and columns\n");
+  EXPECT_FALSE(std::filesystem::exists(file("a.npd")));
+  EXPECT_TRUE(std::filesystem::exists(file("a.bxd")));
+  made("a.npd", "old");
+  EXPECT_TRUE(holds(expect(0, line).err, "the one that stands there is of another device\n"));
+  EXPECT_EQ(read_file(file("a.npd")), "old");
+}
+
+TEST_F(BxdbGenerate, NothingStandsBesideWhatIsNoRegularFile) {
+  expect(0, {"generate", "/dev/null"});
+  EXPECT_FALSE(std::filesystem::exists("/dev/null.npd"));
+  std::filesystem::create_symlink("/dev/null", file("link.bxd"));
+  expect(0, {"generate", file("link.bxd")});
+  EXPECT_FALSE(std::filesystem::exists(file("link.npd")));
+}
+
 TEST_F(BxdbGenerate, SizesThatGiveNoDeviceAreAFailureThatNamesTheFile) {
   for (const words& size : std::vector<words>{{"--columns", "2"}, {"--rows", "100000000"}, {"--wires", "70000"}}) {
     const outcome bad = expect(2, {"generate", file("a.bxd"), size[0], size[1]});
     EXPECT_TRUE(holds(bad.err, file("a.bxd") + ": not written: ")) << bad.err;
     EXPECT_FALSE(std::filesystem::exists(file("a.bxd")));
+    EXPECT_FALSE(std::filesystem::exists(file("a.npd")));
   }
 }
 

@@ -20,6 +20,9 @@ struct fabric {
   std::int64_t names;
   std::int64_t depth;
   const char* somewhere;  // the name of an instance
+  std::int64_t rows;      // of switch matrices
+  std::int64_t columns;
+  const char* legend;  // of their picture, up to the most frequent kind
 };
 
 void PrintTo(const fabric& one, std::ostream* out) { *out << one.name; }
@@ -71,10 +74,31 @@ TEST_P(RealFabric, IsPrintedSearchedAndAskedForAPoint) {
   EXPECT_TRUE(holds(at.out, GetParam().somewhere));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    All, RealFabric,
-    ::testing::Values(fabric{"fabulous_ihp", 3883718, 1343, 115416, 174, 100079, 1493, 3, "Tile_X1Y3_LUT4AB"},
-                      fabric{"vtr_k6_65x65", 38588798, 10975, 1240351, 4096, 1008128, 4263, 2, "Tile_X3Y4_clb"}),
-    [](const auto& param_info) { return std::string(param_info.param.name); });
+// The switch matrices of one fabric leave two corners free, those of the other fill all rows.
+TEST_P(RealFabric, ItsMatricesStandInRowsAndColumns) {
+  const bool full = GetParam().rows * GetParam().columns == GetParam().basic_ass;
+  words line = {"grid", packed(), "BASIC_ASS"};
+  if (!full) {
+    EXPECT_TRUE(holds(expect(1, line).err, packed() + ": no grid: "));
+    line.emplace_back("--derive-device");
+  }
+  const nlohmann::json grid = json_of(0, line);
+  EXPECT_EQ(grid["rows"], GetParam().rows);
+  EXPECT_EQ(grid["columns"], GetParam().columns);
+  EXPECT_EQ(static_cast<std::int64_t>(grid["cells"].size()), GetParam().basic_ass);
+  line.insert(line.end(), {"--row", std::to_string(GetParam().rows - 1), "--col", "0"});
+  expect(full ? 0 : 1, line);
+  line.insert(line.end(), {"--png", file("a.png"), "--svg", file("a.svg")});
+  expect(full ? 0 : 1, line);
+  EXPECT_GT(std::filesystem::file_size(file("a.png")), 10000U);
+  EXPECT_TRUE(holds(read_file(file("a.svg")), GetParam().legend));
+}
+
+INSTANTIATE_TEST_SUITE_P(All, RealFabric,
+                         ::testing::Values(fabric{"fabulous_ihp", 3883718, 1343, 115416, 174, 100079, 1493, 3,
+                                                  "Tile_X1Y3_LUT4AB", 16, 11, "<desc>BASIC_ASS in:\nLUT4AB 98\n"},
+                                           fabric{"vtr_k6_65x65", 38588798, 10975, 1240351, 4096, 1008128, 4263, 2,
+                                                  "Tile_X3Y4_clb", 64, 64, "<desc>BASIC_ASS in:\nclb 2961\n"}),
+                         [](const auto& param_info) { return std::string(param_info.param.name); });
 
 }  // namespace

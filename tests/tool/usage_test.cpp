@@ -7,7 +7,7 @@ namespace {
 
 using namespace test;
 
-const words all_commands = {"generate", "info", "check", "print", "convert", "find", "at", "diff"};
+const words all_commands = {"generate", "info", "check", "print", "convert", "find", "at", "grid", "diff"};
 
 class BxdbUsage : public ToolTest {};
 
@@ -60,6 +60,7 @@ TEST_F(BxdbUsage, EveryReadingCommandNamesTheFileThatIsMissingADirectoryOrNoData
                                                      {"convert", bad, file("out.bxd"), "--form", "text"},
                                                      {"find", bad, "J0"},
                                                      {"at", bad, "1", "2"},
+                                                     {"grid", bad},
                                                      {"diff", bad, good},
                                                      {"diff", good, bad}}) {
       EXPECT_TRUE(holds(expect(2, arguments).err, bad + ":"));

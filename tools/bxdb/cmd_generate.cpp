@@ -3,16 +3,19 @@
 
 #include <fmt/format.h>
 
+#include <filesystem>
 #include <memory>
 #include <stdexcept>
 #include <string>
 
 #include "commands.h"
+#include "device_description.h"
 #include "device_generator.h"
 #include "failure.h"
 #include "input_file.h"
 #include "output_file.h"
 #include "progress.h"
+#include "text.h"
 
 namespace bxdb {
 namespace {
@@ -33,6 +36,24 @@ std::unique_ptr<BX_DB> generated(const generate_options& options) {
   }
 }
 
+/// Writes the description of the device beside the database, for grids. Nothing stands beside a device or pipe,
+/// and a link may be one's standard output.
+void describe(const generate_options& options) {
+  std::error_code unknown;
+  if (!std::filesystem::is_regular_file(std::filesystem::symlink_status(options.out, unknown))) return;
+  const std::string name = description_beside(options.out);
+  device_edges edges = edges_of_device(complete(options));
+  constexpr std::size_t most_edges = NP_TABLEDEVICE::max_lines + 1;
+  if (edges.rows.size() > most_edges || edges.columns.size() > most_edges) {
+    fmt::print(stderr, "bxdb: {}: not written: a description holds at most {} rows and columns{}\n", printable(name),
+               NP_TABLEDEVICE::max_lines,
+               std::filesystem::exists(name, unknown) ? "; the one that stands there is of another device" : "");
+    return;
+  }
+  std::string why;
+  if (!NP_TABLEDEVICE(std::move(edges.rows), std::move(edges.columns)).write(name.c_str(), why)) throw failure(why);
+}
+
 }  // namespace
 
 int run_generate(const generate_options& options) {
@@ -43,6 +64,7 @@ int run_generate(const generate_options& options) {
   output_file out(options.out, packing_for(options.out));
   if (!qelmodb::dump(*db, out.stream(), as, what)) out.stream().fail();
   out.commit();
+  describe(options);
   return done;
 }
 

@@ -58,7 +58,10 @@ void add_generate_command(CLI::App& tool, int& status) {
       ->required();
   add_choice(command, "--form", options->form, "The form of the file", {"binary", "text"});
   add_device_options(command, *options);
-  command.footer("Example: bxdb generate device.bxd --columns 40 --rows 30 --wires 80 --form text");
+  command.footer(
+      "Beside OUT, when that is a regular file, stands a description of the device's rows and columns for bxdb grid, "
+      "whose name ends in .npd.\n"
+      "Example: bxdb generate device.bxd --columns 40 --rows 30 --wires 80 --form text");
   command.callback([options, &status] { status = run_generate(*options); });
 }
 
@@ -148,6 +151,55 @@ void add_at_command(CLI::App& tool, int& status) {
   });
 }
 
+void add_grid_device_options(CLI::App& command, grid_options& options) {
+  CLI::Option* device =
+      command.add_option("--device", options.device,
+                         "The description of the device, which tells the row and column of each tile when the tiles "
+                         "do not fill all rows alike; by default FILE with \".npd\" in place of its endings, when "
+                         "that stands beside it");
+  device->type_name("NPDFILE");
+  command
+      .add_flag("--derive-device", options.derive_device,
+                "Take the device's rows and columns from where the tiles begin, and look at no description")
+      ->excludes(device);
+}
+
+void add_picture_options(CLI::App& command, grid_options& options) {
+  const char* packed = "; packed when its name ends in .gz or .zst";
+  command.add_option("--png", options.png, "Draw the tiles to scale into this PNG file")->type_name("OUT");
+  command.add_option("--svg", options.svg, std::string("Draw the tiles to scale into this SVG file") + packed)
+      ->type_name("OUT");
+}
+
+void add_grid_command(CLI::App& tool, int& status) {
+  CLI::App& command = *tool.add_subcommand("grid", "Shows or draws the tiles as a table of rows and columns");
+  const auto options = std::make_shared<grid_options>();
+  command.add_option("FILE", options->file, "The file")->required();
+  command.add_option("PREFIX", options->prefixes,
+                     "Tiles are the instances with wires and without children (in grid files: those without children) "
+                     "whose names begin with one of these; all of them when none is given");
+  CLI::Option* row = command.add_option("--row", options->row, "Show one cell only; row 0 is the topmost");
+  CLI::Option* column = command.add_option("--col", options->column, "The column of that cell; 0 is the leftmost");
+  row->needs(column)->type_name("R");
+  column->needs(row)->type_name("C");
+  CLI::Option* extrema = command.add_flag("--extrema", options->extrema, "Print the rectangle behind each name");
+  CLI::Option* as_json = command.add_flag("--json", options->as_json, "Print JSON; empty cells are left out");
+  extrema->excludes(row)->excludes(as_json);
+  add_grid_device_options(command, *options);
+  add_picture_options(command, *options);
+  add_input_options(command, options->input);
+  add_cut_option(command, options->input);
+  command.footer(
+      "With a picture nothing is printed unless --extrema, --json or --row and --col ask for it.\n"
+      "Status 1 when the tiles give no grid or the cell is empty.\n"
+      "Example: bxdb grid device.bxd BASIC_ASS --row 3 --col 5\n"
+      "Example: bxdb grid device.bxd.gz --derive-device --png device.png");
+  command.callback([options, row, &status] {
+    options->one_cell = row->count() != 0;
+    status = run_grid(*options);
+  });
+}
+
 void add_diff_command(CLI::App& tool, int& status) {
   CLI::App& command =
       *tool.add_subcommand("diff", "Compares the trees of two files of any form; status 1 when they differ");
@@ -170,7 +222,7 @@ void add_diff_command(CLI::App& tool, int& status) {
 int run_command_line(int argc, char** argv) {
   int status = done;
   CLI::App tool(
-      "Makes, checks, shows, converts, searches and compares block database files.\n"
+      "Makes, checks, shows, draws, converts, searches and compares block database files.\n"
       "Files may be packed with gzip or zstd; outputs are when their name ends in .gz or .zst.",
       "bxdb");
   tool.set_version_flag("--version", std::string("bxdb ") + qelmodb::version());
@@ -185,6 +237,7 @@ int run_command_line(int argc, char** argv) {
   add_convert_command(tool, status);
   add_find_command(tool, status);
   add_at_command(tool, status);
+  add_grid_command(tool, status);
   add_diff_command(tool, status);
   try {
     tool.parse(argc, argv);

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "device_plan.h"
 #include "input_file.h"
@@ -71,6 +72,22 @@ struct at_options {
   bool as_json = false;
 };
 int run_at(const at_options& options);
+
+struct grid_options {
+  std::string file;
+  std::vector<std::string> prefixes;
+  bool one_cell = false;  ///< that of row and column
+  bx_long row = 0;
+  bx_long column = 0;
+  std::string device;  ///< the name of a device description, or empty
+  bool derive_device = false;
+  std::string png;  ///< names of pictures to write, or empty
+  std::string svg;
+  input_options input;
+  bool extrema = false;
+  bool as_json = false;
+};
+int run_grid(const grid_options& options);
 
 struct diff_options {
   std::string a;

@@ -136,22 +136,24 @@ class device_builder {
   wire_filler pins_;
 };
 
-void check_plain(const device_options& options, bx_long pitch) {
+constexpr bx_long plain_pitch = 64;
+
+void check_plain(const device_options& options) {
   constexpr std::int64_t most = std::numeric_limits<bx_long>::max();
   if (options.columns < 1 || options.rows < 1) throw std::invalid_argument("a device needs a column and a row");
   if (options.wires < 0 || options.wires > most_device_wires) {
     throw std::invalid_argument(std::to_string(options.wires) + " wires: a tile holds 0 to " +
                                 std::to_string(most_device_wires));
   }
-  if (options.columns > most / pitch / options.rows) {
+  if (options.columns > most / plain_pitch / options.rows) {
     throw std::invalid_argument("coordinates of a stack of this many tiles do not fit into 32 bits");
   }
 }
 
 // The tiles stand on top of each other: only instances at the left edge of the root are its own children.
 std::unique_ptr<BX_DB> generate_plain(const device_options& options) {
-  constexpr bx_long pitch = 64;
-  check_plain(options, pitch);
+  constexpr bx_long pitch = plain_pitch;
+  check_plain(options);
   const auto count = static_cast<bx_long>(options.columns * options.rows);
   auto db = std::make_unique<BX_DB>("plain", 0, 0, pitch, count * pitch);
   const qelmodb::name_batch batch(*db);
@@ -172,10 +174,25 @@ std::unique_ptr<BX_DB> generate_plain(const device_options& options) {
   return db;
 }
 
+std::vector<bx_long> equal_steps(std::int64_t count, bx_long step) {
+  std::vector<bx_long> edges(static_cast<std::size_t>(count) + 1);
+  for (std::size_t i = 0; i < edges.size(); ++i) edges[i] = static_cast<bx_long>(i) * step;
+  return edges;
+}
+
 }  // namespace
 
 std::unique_ptr<BX_DB> generate_device(const device_options& options) {
   return options.profile == device_profile::plain ? generate_plain(options) : device_builder(options).build();
+}
+
+device_edges edges_of_device(const device_options& options) {
+  if (options.profile == device_profile::plain) {
+    check_plain(options);
+    return {equal_steps(options.columns * options.rows, plain_pitch), equal_steps(1, plain_pitch)};
+  }
+  const device_plan plan(options);
+  return {equal_steps(plan.rows(), plan.pitch()), equal_steps(plan.columns(), plan.pitch())};
 }
 
 }  // namespace bxdb

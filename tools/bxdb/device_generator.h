@@ -20,4 +20,13 @@ namespace bxdb {
 /// "BXD__..."; only the tiles at the root's left edge are its own children.
 std::unique_ptr<BX_DB> generate_device(const device_options& options);
 
+/// Where the rows and columns of a device begin, and behind the last of each where it ends.
+struct device_edges {
+  std::vector<bx_long> rows;
+  std::vector<bx_long> columns;
+};
+
+/// The edges of the device that generate_device makes of these options. Throws as that does.
+device_edges edges_of_device(const device_options& options);
+
 }  // namespace bxdb

@@ -12,6 +12,8 @@ std::string compact(const json& value) { return value.dump(-1, ' ', false, json:
 
 }  // namespace
 
+std::string valid_utf8(std::string_view text) { return json::parse(compact(text)).get<std::string>(); }
+
 void print_json(const json& value) { fmt::print("{}\n", value.dump(2, ' ', false, json::error_handler_t::replace)); }
 
 json rectangle_json(const UT_EXTREMA& box) {

@@ -5,12 +5,17 @@
 #pragma once
 
 #include <nlohmann/json.hpp>
+#include <string>
+#include <string_view>
 
 #include "qelmodb.h"
 
 namespace bxdb {
 
 using json = nlohmann::ordered_json;
+
+/// The text with bytes that are no UTF-8 as U+FFFD.
+std::string valid_utf8(std::string_view text);
 
 /// Prints one value. Bytes of names that are no UTF-8 appear as U+FFFD.
 void print_json(const json& value);
