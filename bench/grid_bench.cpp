@@ -5,23 +5,29 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <memory>
 #include <vector>
 
-#include "device_generator.h"
 #include "qelmoext.h"
 
 namespace {
 
 constexpr bx_long lines = 500;
 
+constexpr bx_long pitch = 10;
+
 BX_DB& tiles() {
   static const std::unique_ptr<BX_DB> made = [] {
-    bxdb::device_options options;
-    options.columns = lines;
-    options.rows = lines;
-    options.wires = 1;
-    options.profile = bxdb::device_profile::plain;
-    return bxdb::generate_device(options);
+    auto db = std::make_unique<BX_DB>("TILES", 0, 0, lines * pitch, lines * pitch);
+    for (bx_long x = 0; x < lines * pitch; x += pitch) {
+      for (bx_long y = 0; y < lines * pitch; y += pitch) {
+        auto tile = std::make_unique<BX_INSTANCE>("TILE", x, y, x + pitch, y + pitch);
+        const BX_WIRE wire("W", x, y);
+        tile->addwire(&wire);
+        db->addinstance(tile.release());
+      }
+    }
+    return db;
   }();
   return *made;
 }
