@@ -3,6 +3,7 @@
 
 #include "bx_grid_builder.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -39,6 +40,14 @@ class row_rule {
 /// Halfway between the two, rounded towards the first.
 bx_long middle(bx_long from, bx_long to) noexcept { return ut_wrap_add(from, ut_wrap_sub(to, from) / 2); }
 
+/// Fresh pages of the system are zero already: a large table with few tiles costs only what they touch.
+template <class T>
+T* zeros(short count) {
+  void* memory = std::calloc(static_cast<std::size_t>(std::max<short>(count, 1)), sizeof(T));
+  if (memory == nullptr) throw std::bad_alloc();
+  return static_cast<T*>(memory);
+}
+
 /// For each of the numbers that occur its rank among them; count is how many occur.
 std::vector<short> ranks(const std::vector<bool>& used, short& count) {
   std::vector<short> rank(used.size());
@@ -59,24 +68,14 @@ class bx_grid_builder::cell_table {
   cell_table(short rows, short columns, std::size_t most_lists, bx_long growth_step)
       : rows_(rows),
         columns_(columns),
-        cells_(static_cast<cell**>(std::calloc(static_cast<std::size_t>(rows), sizeof(cell*)))),
+        cells_(zeros<cell*>(rows), release{rows}),
         lists_(new DARRAY_BX_INSTPTR[most_lists]),
         growth_step_(growth_step) {
-    if (cells_ == nullptr) throw std::bad_alloc();
-    for (short row = 0; row < rows; ++row) {
-      // Fresh pages of the system are zero already: a large table with few tiles costs only what they touch.
-      cells_.get()[row] = static_cast<cell*>(std::calloc(static_cast<std::size_t>(columns), sizeof(cell)));
-      if (cells_.get()[row] == nullptr) throw std::bad_alloc();
-    }
+    for (short row = 0; row < rows; ++row) cells_.get()[row] = zeros<cell>(columns);
   }
 
   cell_table(const cell_table&) = delete;
   cell_table& operator=(const cell_table&) = delete;
-
-  ~cell_table() {
-    if (cells_ == nullptr) return;
-    for (short row = 0; row < rows_; ++row) std::free(cells_.get()[row]);
-  }
 
   void add(short row, short column, BX_INSTANCE* tile) {
     cell& place = cells_.get()[row][column];
@@ -97,7 +96,11 @@ class bx_grid_builder::cell_table {
 
  private:
   struct release {
-    void operator()(cell** cells) const noexcept { std::free(cells); }
+    short rows;
+    void operator()(cell** cells) const noexcept {
+      for (short row = 0; row < rows; ++row) std::free(cells[row]);
+      std::free(cells);
+    }
   };
 
   short rows_;
