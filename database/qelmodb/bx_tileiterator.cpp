@@ -40,10 +40,6 @@ BX_TILEITERATOR::BX_TILEITERATOR(const BX_INSTANCE* inst) noexcept : root_(inst)
 
 BX_TILEITERATOR::BX_TILEITERATOR(const BX_TILEITERATOR& other) noexcept = default;
 
-// Moving copies: a source that lost its place could not be used on.
-BX_TILEITERATOR::BX_TILEITERATOR(BX_TILEITERATOR&& other) noexcept
-    : BX_TILEITERATOR(static_cast<const BX_TILEITERATOR&>(other)) {}
-
 BX_TILEITERATOR& BX_TILEITERATOR::operator=(const BX_TILEITERATOR& other) noexcept = default;
 
 BX_TILEITERATOR& BX_TILEITERATOR::operator=(BX_TILEITERATOR&& other) noexcept {

@@ -19,10 +19,9 @@ class BX_API BX_TILEITERATOR {
   /// inst is borrowed; null is an instance without children.
   explicit BX_TILEITERATOR(const BX_INSTANCE* inst) noexcept;
 
+  /// Copies, also what would be moved: the other iterator can be used on.
   BX_TILEITERATOR(const BX_TILEITERATOR& other) noexcept;
-  BX_TILEITERATOR(BX_TILEITERATOR&& other) noexcept;
 
-  /// Both copy, see above; the other iterator can be used on.
   BX_TILEITERATOR& operator=(const BX_TILEITERATOR& other) noexcept;
   BX_TILEITERATOR& operator=(BX_TILEITERATOR&& other) noexcept;
 
