@@ -3,8 +3,6 @@
 
 #include "bx_template_index.h"
 
-#include <compare>
-
 #include "bx_access.h"
 #include "bx_order.h"
 #include "bx_template_faults.h"

@@ -44,9 +44,9 @@ TEST_F(BxdbGrid, PrefixesSelectTiles) {
   EXPECT_EQ(json_of(0, {"grid", db, "CLB"})["columns"], 2);
   EXPECT_EQ(json_of(0, {"grid", db, "CLB", "IO_"})["columns"], 3);
   EXPECT_EQ(json_of(0, {"grid", db, ""})["columns"], 3);
-  const outcome none = expect(1, {"grid", db, "clb"});
+  const outcome none = expect(2, {"grid", db, "clb"});
   EXPECT_EQ(none.out, "");
-  EXPECT_EQ(none.err, db + ": no grid: no instance is a tile\n");
+  EXPECT_EQ(none.err, "bxdb: " + db + ": no grid: no instance is a tile\n");
 }
 
 TEST_F(BxdbGrid, OneCellIsPrintedWithPathAndRectangle) {
@@ -114,10 +114,11 @@ TEST_F(BxdbGrid, JsonHoldsTheCellsThatHoldTiles) {
 
 TEST_F(BxdbGrid, TilesThatLeavePlacesFreeNeedADevice) {
   const std::string db = made("a.bxd", text_of_tiles(five_tiles()));
-  const outcome none = expect(1, {"grid", db});
+  const outcome none = expect(2, {"grid", db});
   EXPECT_EQ(none.out, "");
-  EXPECT_EQ(none.err, db + ": no grid: the 5 tiles do not fill their rows, and there is no device that tells their "
-                           "places (see --device and --derive-device)\n");
+  EXPECT_EQ(none.err, "bxdb: " + db +
+                          ": no grid: the 5 tiles do not fill their rows, and there is no device that tells their "
+                          "places (see --device and --derive-device)\n");
   const std::string device = made("six.npd", description_of_six());
   const outcome told = expect(0, {"grid", db, "--device", device});
   EXPECT_TRUE(holds(told.out, "01 IO_W16   CLB_X1Y0 NULL_ASS"));
@@ -126,7 +127,7 @@ TEST_F(BxdbGrid, TilesThatLeavePlacesFreeNeedADevice) {
 
 TEST_F(BxdbGrid, TheDescriptionBesideTheFileIsUsed) {
   const std::string db = made("a.bxd", text_of_tiles(five_tiles()));
-  expect(1, {"grid", db});
+  expect(2, {"grid", db});
   made("a.npd", description_of_six());
   const std::string report = expect(0, {"grid", db}).out;
   expect(0, {"convert", db, file("a.bxd.gz"), "--form", "binary"});
@@ -151,8 +152,8 @@ TEST_F(BxdbGrid, ADescriptionThatCannotBeReadIsAFailureThatNamesIt) {
 TEST_F(BxdbGrid, ADeviceThatIsTooSmallForTheTilesGivesNoGrid) {
   const std::string db = made("a.bxd", text_of_tiles(five_tiles()));
   const std::string device = made("small.npd", "NP_DEVICE:1\nrows 1 0 100\ncolumns 3 0 100 200 300\n");
-  const outcome none = expect(1, {"grid", db, "--device", device});
-  EXPECT_TRUE(none.err.starts_with(db + ": no grid: ")) << none.err;
+  const outcome none = expect(2, {"grid", db, "--device", device});
+  EXPECT_TRUE(none.err.starts_with("bxdb: " + db + ": no grid: ")) << none.err;
   EXPECT_TRUE(holds(none.err, "is out of graph paper")) << none.err;
   EXPECT_TRUE(none.err.ends_with("(device: " + device + ")\n")) << none.err;
 }
@@ -166,7 +167,7 @@ TEST_F(BxdbGrid, TilesOfGridFilesNeedNoWires) {
   const std::string bare = made("bare.bxd",
                                 "BX_DB:A\nBX_INSTANCE: \"dev\" (0, 0) (9, 9)\n0\n1\n"
                                 "BX_INSTANCE: \"CLB\" (0, 0) (9, 9)\n0\n0\n");
-  EXPECT_EQ(expect(1, {"grid", bare, "CLB"}).err, bare + ": no grid: no instance is a tile\n");
+  EXPECT_EQ(expect(2, {"grid", bare, "CLB"}).err, "bxdb: " + bare + ": no grid: no instance is a tile\n");
 }
 
 TEST_F(BxdbGrid, AGeneratedDeviceHasItsMatricesWhereItsPlanSays) {

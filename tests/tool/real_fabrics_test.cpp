@@ -79,7 +79,7 @@ TEST_P(RealFabric, ItsMatricesStandInRowsAndColumns) {
   const bool full = GetParam().rows * GetParam().columns == GetParam().basic_ass;
   words line = {"grid", packed(), "BASIC_ASS"};
   if (!full) {
-    EXPECT_TRUE(holds(expect(1, line).err, packed() + ": no grid: "));
+    EXPECT_TRUE(holds(expect(2, line).err, packed() + ": no grid: "));
     line.emplace_back("--derive-device");
   }
   const nlohmann::json grid = json_of(0, line);

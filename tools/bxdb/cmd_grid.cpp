@@ -55,7 +55,7 @@ class grid_maker {
   grid_maker(const loaded_database& loaded, const grid_options& options)
       : db_(*loaded.db), options_(options), prefixes_(prefixes_of(options)), which_(tiles_of(loaded)) {}
 
-  /// Null when there is no grid; the reason is printed then.
+  /// Throws failure, with the reason, when the tiles give no grid.
   std::unique_ptr<BX_GRID> make() {
     const progress shown("arranging the tiles of " + options_.file);
     std::string why;
@@ -65,7 +65,7 @@ class grid_maker {
       grid = qelmodb::make_grid(db_, prefixes_.data(), which_, why);
       db_.setdevice(nullptr);
     }
-    if (!grid) fmt::print(stderr, "{}: no grid: {}{}\n", printable(options_.file), printable(why), printable(hint()));
+    if (!grid) throw failure(fmt::format("{}: no grid: {}{}", options_.file, why, hint()));
     return grid;
   }
 
@@ -207,7 +207,6 @@ void draw(const BX_DB& db, const BX_GRID& grid, const grid_options& options) {
 int run_grid(const grid_options& options) {
   const loaded_database loaded = load_database(options.file, options.input);
   const std::unique_ptr<BX_GRID> grid = grid_maker(loaded, options).make();
-  if (!grid) return no;
   if (options.one_cell) check_place(*grid, options);
   const bool drawn = !options.png.empty() || !options.svg.empty();
   if (drawn) draw(*loaded.db, *grid, options);

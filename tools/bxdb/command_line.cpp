@@ -191,7 +191,7 @@ void add_grid_command(CLI::App& tool, int& status) {
   add_cut_option(command, options->input);
   command.footer(
       "With a picture nothing is printed unless --extrema, --json or --row and --col ask for it.\n"
-      "Status 1 when the tiles give no grid or the cell is empty.\n"
+      "Status 1 when the cell is empty, 2 when the tiles give no grid.\n"
       "Example: bxdb grid device.bxd BASIC_ASS --row 3 --col 5\n"
       "Example: bxdb grid device.bxd.gz --derive-device --png device.png");
   command.callback([options, row, &status] {
