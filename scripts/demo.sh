@@ -27,10 +27,14 @@ run $bxdb generate $device.bxd --columns "${1:-100}" --rows "${2:-100}" --wires 
 run $bxdb convert $device.bxd $device-text.bxd --form text
 run $bxdb convert $device-text.bxd $device-back.bxd.zst --form binary
 run $bxdb check $device-back.bxd.zst
-for file in $device.bxd $device-text.bxd $device-back.bxd.zst; do
+run $bxdb convert $device-back.bxd.zst $device-compressed.bxd --form compressed
+run $bxdb check $device-compressed.bxd
+run $bxdb explain $device-compressed.bxd --most 5
+for file in $device.bxd $device-text.bxd $device-back.bxd.zst $device-compressed.bxd; do
   run $bxdb info $file
 done
 run $bxdb diff $device.bxd $device-back.bxd.zst
+run $bxdb diff $device.bxd $device-compressed.bxd
 run $bxdb at $device.bxd 500 500
 # The lowest row inside the I/O ring; its first matrix stands in any device.
 run $bxdb grid $device.bxd BASIC_ASS --row "$((${2:-100} - 2))" --col 1

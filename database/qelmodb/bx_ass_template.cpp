@@ -35,7 +35,16 @@ bool matches(const ASS_TEMPLATE& tmplt, const BX_INSTANCE& inst) {
   return true;
 }
 
-std::unique_ptr<ASS_TEMPLATE> template_of(const BX_INSTANCE& inst) {
+int find_template(const std::vector<ASS_TEMPLATE*>& templates, const BX_INSTANCE& inst) {
+  for (std::size_t i = 0; i < templates.size(); ++i) {
+    if (matches(*templates[i], inst)) return static_cast<int>(i);
+  }
+  return -1;
+}
+
+}  // namespace
+
+std::unique_ptr<ASS_TEMPLATE> bx_template_of(const BX_INSTANCE& inst) {
   auto made = std::make_unique<ASS_TEMPLATE>();
   made->name = inst.name;
   made->numwires = static_cast<unsigned short>(static_cast<bx_ulong>(inst.getnumwires()));
@@ -51,22 +60,13 @@ std::unique_ptr<ASS_TEMPLATE> template_of(const BX_INSTANCE& inst) {
   return made;
 }
 
-int find_template(const std::vector<ASS_TEMPLATE*>& templates, const BX_INSTANCE& inst) {
-  for (std::size_t i = 0; i < templates.size(); ++i) {
-    if (matches(*templates[i], inst)) return static_cast<int>(i);
-  }
-  return -1;
-}
-
-}  // namespace
-
 int BX_INSTANCE::create_template() {
   if (top == nullptr) return -1;
   std::vector<ASS_TEMPLATE*>& templates = top->get_non_basic_ass_tmpvec();
   bx_compression_aids* aids = bx_access::aids(*top);
   const int known = aids != nullptr ? aids->templates.find(*this) : find_template(templates, *this);
   if (known >= 0) return known;
-  std::unique_ptr<ASS_TEMPLATE> made = template_of(*this);
+  std::unique_ptr<ASS_TEMPLATE> made = bx_template_of(*this);
   templates.push_back(made.get());
   static_cast<void>(made.release());
   return static_cast<int>(templates.size()) - 1;

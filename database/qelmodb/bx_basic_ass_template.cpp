@@ -91,12 +91,24 @@ BASIC_ASS_TEMPLATE& BASIC_ASS_TEMPLATE::operator=(const BASIC_ASS_TEMPLATE& othe
 }
 
 BASIC_ASS_TEMPLATE::~BASIC_ASS_TEMPLATE() {
+  release_wire_lists();
+  delete[] wire_templates;
+  for (WIRE_TEMPLATE_SM* former : former_templates_) delete[] former;
+  forget_corners();
+}
+
+void BASIC_ASS_TEMPLATE::release_wire_lists() noexcept {
   for (int k = 0; k < num_wirelist; ++k) delete[] wirelists[k];
   delete[] wirelists;
   delete[] wirelist_numwires;
-  delete[] wire_templates;
-  for (WIRE_TEMPLATE_SM* former : former_templates_) delete[] former;
-  delete corners_.load();
+  wirelists = nullptr;
+  wirelist_numwires = nullptr;
+  num_wirelist = 0;
+}
+
+void BASIC_ASS_TEMPLATE::forget_corners() noexcept {
+  ins_points = nullptr;
+  delete corners_.exchange(nullptr);
 }
 
 void BASIC_ASS_TEMPLATE::buildme_sm(BX_DB* db) { bx_matrix_builder(*this, *db).build(); }

@@ -5,9 +5,9 @@
 // building anything.
 #include <algorithm>
 #include <string>
-#include <vector>
 
-#include "bx_check_coders.h"
+#include "bx_check_compressed.h"
+#include "bx_check_tree.h"
 #include "ut_filemanager.h"
 
 using qelmodb::check_report;
@@ -16,126 +16,6 @@ using qelmodb::form;
 using qelmodb::severity;
 
 namespace {
-
-/// An instance whose children are being checked.
-struct open_instance {
-  bx_check_record box;
-  bx_long left;
-  bool has_child = false;
-  bx_check_record last_child{};
-};
-
-bool contains(const bx_check_record& outer, const bx_check_record& inner) {
-  return outer.xmin <= inner.xmin && inner.xmax <= outer.xmax && outer.ymin <= inner.ymin && inner.ymax <= outer.ymax;
-}
-
-bool in_child_order(const bx_check_record& a, const bx_check_record& b) {
-  return a.xmin < b.xmin || (a.xmin == b.xmin && a.ymin <= b.ymin);
-}
-
-template <class Coder>
-class tree_checker {
- public:
-  tree_checker(Coder& coder, bx_check_context& context, bool with_wires)
-      : coder_(coder), context_(context), with_wires_(with_wires) {}
-
-  bool run() {
-    bool good = enter();
-    while (good && !path_.empty()) {
-      if (path_.back().left > 0) {
-        --path_.back().left;
-        good = enter();
-      } else {
-        path_.pop_back();
-        context_.names.pop_back();
-      }
-    }
-    return good;
-  }
-
- private:
-  bool enter() {
-    const std::size_t start = context_.at();
-    bx_check_record inst;
-    if (!bx_describe_instance(coder_, inst)) return false;
-    context_.names.push_back(inst.name);
-    check_report& report = context_.report;
-    ++report.instances;
-    report.depth = std::max(report.depth, static_cast<std::int64_t>(path_.size()));
-    check_box(start, inst);
-    if (!path_.empty()) check_place(start, inst);
-    if (with_wires_ && !wires()) return false;
-    bx_long children = 0;
-    if (!counted(bx_child_count_label, bx_least_instance_size(Coder::sizes(), with_wires_), children)) return false;
-    path_.push_back({inst, children});
-    return true;
-  }
-
-  void check_box(std::size_t start, const bx_check_record& inst) {
-    if (inst.xmin > inst.xmax || inst.ymin > inst.ymax) {
-      context_.add(
-          severity::warning, start,
-          neoform("the rectangle (%d, %d) (%d, %d) is not normalised", inst.xmin, inst.ymin, inst.xmax, inst.ymax));
-    }
-  }
-
-  void check_place(std::size_t start, const bx_check_record& inst) {
-    open_instance& parent = path_.back();
-    if (parent.has_child && !in_child_order(parent.last_child, inst)) {
-      context_.add(severity::warning, start,
-                   neoform("the child at (%d, %d) stands behind one at (%d, %d): children are not in position order",
-                           inst.xmin, inst.ymin, parent.last_child.xmin, parent.last_child.ymin));
-    }
-    if (!contains(parent.box, inst)) context_.add(severity::note, start, "the rectangle sticks out of its parent's");
-    parent.has_child = true;
-    parent.last_child = inst;
-  }
-
-  /// Reads a count and holds it against the bytes that are left.
-  bool counted(const char* label, int least_size, bx_long& count) {
-    const std::size_t start = context_.at();
-    if (!coder_.count(label, count)) return false;
-    if (count < 0) return context_.fail(start, neoform("the %s is %d", label, count));
-    if (static_cast<std::size_t>(count) > context_.left() / static_cast<std::size_t>(least_size)) {
-      return context_.fail(start,
-                           neoform("the %s is %d, but the %lld bytes left hold at most %lld such records", label, count,
-                                   static_cast<long long>(context_.left()),
-                                   static_cast<long long>(context_.left() / static_cast<std::size_t>(least_size))));
-    }
-    return true;
-  }
-
-  bool wires() {
-    bx_long count = 0;
-    if (!counted(bx_wire_count_label, bx_least_wire_size(Coder::sizes()), count)) return false;
-    std::string_view last;
-    for (bx_long i = 0; i < count; ++i) {
-      const std::size_t start = context_.at();
-      bx_check_record record;
-      if (!bx_describe_wire(coder_, record)) return false;
-      context_.wire = record.name;
-      if (record.name.find('$') != std::string_view::npos) ++context_.report.dollar_wires;
-      if (i > 0 && record.name < last) {
-        context_.add(severity::warning, start,
-                     "the wire stands behind \"" + std::string(last) + "\": wires are not in name order");
-      }
-      context_.wire = {};
-      last = record.name;
-    }
-    context_.report.wires += count;
-    return true;
-  }
-
-  Coder& coder_;
-  bx_check_context& context_;
-  bool with_wires_;
-  std::vector<open_instance> path_;
-};
-
-template <class Coder>
-bool check_tree(Coder& coder, bx_check_context& context, bool with_wires) {
-  return tree_checker<Coder>(coder, context, with_wires).run();
-}
 
 // Moves behind the first line and gives the letter of the form, NUL when there is none.
 bool first_line(bx_check_context& context, char& letter) {
@@ -149,6 +29,7 @@ bool first_line(bx_check_context& context, char& letter) {
   letter = bytes[magic.size()];
   if (letter == '\n' || letter == '\r') letter = '\0';
   context.advance(end + 1);
+  context.end_section("first line");
   return true;
 }
 
@@ -167,18 +48,18 @@ form form_of(char letter, content what) {
 
 bool check_records(bx_check_context& context, form as, content what) {
   const bool with_wires = what == content::database;
-  if (as == form::compressed) return context.fail(6, "compressed databases are not supported by this version");
+  if (as == form::compressed) return bx_check_compressed(context);
   if (as == form::text) {
     context.counts_lines = true;
     bx_text_checker coder(context);
-    return check_tree(coder, context, with_wires);
+    return bx_check_instances(coder, context, with_wires);
   }
   if (!with_wires) {
     bx_binary_grid_checker coder(context);
-    return check_tree(coder, context, false);
+    return bx_check_instances(coder, context, false);
   }
   bx_binary_checker coder(context);
-  return coder.name_table() && check_tree(coder, context, true);
+  return coder.name_table() && bx_check_instances(coder, context, true);
 }
 
 }  // namespace

@@ -53,6 +53,7 @@ std::int64_t bx_check_context::line_at(std::size_t offset) {
 }
 
 void bx_check_context::add(severity level, std::size_t offset, std::string message) {
+  if (!part.empty()) message = part + ": " + message;
   std::int64_t& total = level == severity::error     ? report.errors
                         : level == severity::warning ? report.warnings
                                                      : report.notes;
@@ -62,9 +63,18 @@ void bx_check_context::add(severity level, std::size_t offset, std::string messa
     if (!path.empty()) path += '/';
     path += name;
   }
-  if (!wire.empty()) path.append("/").append(wire);
+  if (!wire.empty()) path.append(names.empty() ? "" : "/").append(wire);
   report.faults.push_back(
       {level, static_cast<std::int64_t>(offset), line_at(offset), std::move(path), std::move(message)});
+}
+
+bool bx_check_context::justified(std::size_t start, const char* label, bx_long count, int least_size,
+                                 const char* records) {
+  if (count < 0) return fail(start, neoform("the %s is %d", label, count));
+  const std::size_t most = left() / static_cast<std::size_t>(least_size);
+  if (static_cast<std::size_t>(count) <= most) return true;
+  return fail(start, neoform("the %s is %d, but the %lld bytes left hold at most %lld %s", label, count,
+                             static_cast<long long>(left()), static_cast<long long>(most), records));
 }
 
 std::string bx_check_context::found(std::size_t offset) const {
@@ -207,13 +217,8 @@ bool bx_binary_checker::name_table() {
   const std::size_t start = context_.at();
   bx_long count = 0;
   if (!number("the name count", count)) return false;
-  constexpr std::size_t least_entry = 9;
-  if (count < 0) return context_.fail(start, neoform("the name count is %d", count));
-  if (static_cast<std::size_t>(count) > context_.left() / least_entry) {
-    return context_.fail(
-        start, neoform("the name count is %d, but the %lld bytes left hold at most %lld names", count,
-                       static_cast<long long>(context_.left()), static_cast<long long>(context_.left() / least_entry)));
-  }
+  constexpr int least_entry = 9;  // an address and a NUL
+  if (!context_.justified(start, "name count", count, least_entry, "names")) return false;
   table_.reserve(static_cast<std::size_t>(count));
   for (bx_long i = 0; i < count; ++i) {
     const std::size_t entry = context_.at();
@@ -232,23 +237,28 @@ bool bx_binary_checker::name_table() {
     }
   }
   context_.report.names = count;
+  context_.end_section("name table");
   return true;
 }
 
 bool bx_binary_checker::name(bx_check_record& record) {
+  const bool is_root = !root_seen_;
+  root_seen_ = true;
+  return reference(record.name, is_root);
+}
+
+bool bx_binary_checker::reference(std::string_view& text, bool is_root) {
   const std::size_t start = context_.at();
   const char* bytes = take("a name reference", 8);
   if (bytes == nullptr) return false;
   const std::uint64_t address = bx_decode(bytes, 8);
-  const bool root = !root_seen_;
-  root_seen_ = true;
   const auto known = table_.find(address);
   if (known != table_.end()) {
-    record.name = known->second;
+    text = known->second;
     return true;
   }
-  record.name = {};
-  if (root) {
+  text = {};
+  if (is_root) {
     context_.add(severity::note, start, "the root has no name");
     return true;
   }

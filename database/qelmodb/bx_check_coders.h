@@ -29,6 +29,7 @@ class bx_check_context {
   qelmodb::check_report report;
   std::vector<std::string_view> names;  // the path to the instance in hand
   std::string_view wire;                // the wire in hand; empty outside wires
+  std::string part;                     // what else is in hand, such as "template 5"; begins the messages
   bool counts_lines = false;
 
   std::size_t at() const noexcept { return at_; }
@@ -42,6 +43,18 @@ class bx_check_context {
     return false;
   }
   void add(qelmodb::severity level, std::size_t offset, std::string message);
+
+  /// Whether a count, read at start, is one and the bytes left can hold as many records of a least size; otherwise
+  /// fails.
+  bool justified(std::size_t start, const char* label, bx_long count, int least_size,
+                 const char* records = "such records");
+
+  /// Ends a section of the file here; it begins where the last one ended.
+  void end_section(const char* name) {
+    const std::int64_t start =
+        report.sections.empty() ? 0 : report.sections.back().offset + report.sections.back().bytes;
+    report.sections.push_back({name, start, static_cast<std::int64_t>(at_) - start});
+  }
 
   /// What stands at a place, for messages.
   std::string found(std::size_t offset) const;
@@ -106,6 +119,10 @@ class bx_binary_checker : public bx_binary_checker_base {
   bool name(bx_check_record& record);
 
   static const bx_form_sizes& sizes() noexcept { return bx_binary_sizes; }
+
+ protected:
+  /// The text that a reference stands for. None in the table is a fault, except of the root: that may be nameless.
+  bool reference(std::string_view& text, bool is_root);
 
  private:
   struct key_hash {

@@ -2,44 +2,12 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // Which template each instance of a tree refers to.
-#include <typeinfo>
-#include <vector>
-
 #include "bx_access.h"
 #include "bx_order.h"
+#include "bx_own_classes.h"
 #include "bx_template_faults.h"
+#include "bx_walk.h"
 #include "qelmotmplt.h"
-
-namespace {
-
-struct place {
-  BX_INSTANCE* inst;
-  bx_long next;
-};
-
-/// Calls visit for each descendant that is of no class of a client's own, parents first. What a client derived takes
-/// care of its subtree itself, by its virtual operation.
-template <class Visit, class Own>
-void visit_descendants(BX_INSTANCE& root, Visit visit, Own own) {
-  std::vector<place> path{{&root, 0}};
-  while (!path.empty()) {
-    place& here = path.back();
-    if (here.next >= here.inst->getnuminstances()) {
-      path.pop_back();
-      continue;
-    }
-    BX_INSTANCE* child = here.inst->instances[here.next++];
-    if (child == nullptr) continue;
-    if (typeid(*child) != typeid(BX_INSTANCE)) {
-      own(*child);
-      continue;
-    }
-    visit(*child);
-    path.push_back({child, 0});
-  }
-}
-
-}  // namespace
 
 int BX_INSTANCE::wire_list_number() {
   BASIC_ASS_TEMPLATE* set = top->basicasstemplate;
@@ -63,9 +31,17 @@ void BX_INSTANCE::refer_to_template() {
   }
 }
 
+// What a client derived takes care of its subtree itself, by its virtual operation.
 void BX_INSTANCE::compress_children() {
-  visit_descendants(
-      *this, [](BX_INSTANCE& inst) { inst.refer_to_template(); }, [](BX_INSTANCE& inst) { inst.compress(); });
+  bx_walk_steps(*this, [this](BX_INSTANCE& inst, bx_long /*depth*/) {
+    if (&inst == this) return bx_step::into;
+    if (bx_is_derived(inst)) {
+      inst.compress();
+      return bx_step::past;
+    }
+    inst.refer_to_template();
+    return bx_step::into;
+  });
 }
 
 void BX_INSTANCE::compress() {
@@ -80,8 +56,3 @@ void BX_DB::compress() {
   set_non_basic_ass_tmpltidx(create_template());
   compress_children();
 }
-
-unsigned char BX_INSTANCE::writecompress(UT_PTRFILE* /*file*/) { return 0; }
-unsigned char BX_INSTANCE::readcompress(UT_PTRFILE* /*file*/) { return 0; }
-unsigned char BX_DB::writecompress(UT_PTRFILE* /*file*/) { return 0; }
-unsigned char BX_DB::readcompress(UT_PTRFILE* /*file*/) { return 0; }

@@ -9,6 +9,7 @@
 
 #include "bx_record_readers.h"
 #include "bx_record_writers.h"
+#include "bx_restore.h"
 #include "qelmoext.h"
 
 namespace {
@@ -26,10 +27,17 @@ void write_name(bx_binary_writer& writer, UT_STREAM& file, const char* name) {
 }
 
 // The root's name stands first, as it need not be in the table.
-void write_names(const BX_DB& db, UT_PTRFILE& file) {
+void write_names_and_root_name(const BX_DB& db, UT_PTRFILE& file) {
   bx_binary_writer writer(file);
   writer.number(db.names.getcount() + 1);
   write_name(writer, file, db.name);
+  for (const char* name : db.names) write_name(writer, file, name);
+}
+
+// In a compressed file the root's name is one of a template.
+void write_names(const BX_DB& db, UT_PTRFILE& file) {
+  bx_binary_writer writer(file);
+  writer.number(db.names.getcount());
   for (const char* name : db.names) write_name(writer, file, name);
 }
 
@@ -78,6 +86,24 @@ bool read_binary_database(BX_DB& db, UT_PTRFILE& file) {
   return names_resolved(db, file.fixtable()) && good;
 }
 
+bool read_compressed_database(BX_DB& db, UT_PTRFILE& file) {
+  if (!read_names(db, file)) return false;
+  const bool read = db.readcompress(&file) != 0;
+  const bool restored = bx_restore_tree(db);
+  return names_resolved(db, file.fixtable()) && read && restored;
+}
+
+bool read_records(BX_DB& db, UT_PTRFILE& file, char letter) {
+  switch (letter) {
+    case bx_text_letter:
+      return read_text_database(db, file);
+    case bx_compressed_letter:
+      return read_compressed_database(db, file);
+    default:
+      return read_binary_database(db, file);
+  }
+}
+
 }  // namespace
 
 bool bx_read_first_line(UT_STREAM& file, char& letter) {
@@ -92,9 +118,7 @@ bool bx_read_first_line(UT_STREAM& file, char& letter) {
 bool bx_read_database(BX_DB& db, UT_PTRFILE& file, char letter) {
   try {
     bx_access::release_content(db);
-    if (letter == bx_compressed_letter) return false;
-    const bool good = letter == bx_text_letter ? read_text_database(db, file) : read_binary_database(db, file);
-    return good && file.ok();
+    return read_records(db, file, letter) && file.ok();
   } catch (const std::bad_alloc&) {
     return false;
   }
@@ -119,11 +143,18 @@ bool bx_read_grid(BX_DB& db, UT_PTRFILE& file, char letter) {
 bool bx_write_database(const BX_DB& db, UT_PTRFILE& file, bool ascii) {
   write_first_line(file, ascii ? bx_text_letter : bx_binary_letter);
   if (ascii) return db.writeme(static_cast<UT_STREAM*>(&file)) != 0;
-  write_names(db, file);
+  write_names_and_root_name(db, file);
   return db.writeme(&file) != 0;
 }
 
 bool bx_write_grid(const BX_DB& db, UT_PTRFILE& file, bool ascii) {
   write_first_line(file, ascii ? bx_text_letter : bx_binary_letter);
   return (ascii ? db.writegrid(static_cast<UT_STREAM*>(&file)) : db.writegrid(&file)) != 0;
+}
+
+bool bx_write_compressed(BX_DB& db, UT_PTRFILE& file) {
+  if (db.basicasstemplate == nullptr) return false;
+  write_first_line(file, bx_compressed_letter);
+  write_names(db, file);
+  return db.writecompress(&file) != 0;
 }

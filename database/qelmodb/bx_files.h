@@ -20,3 +20,6 @@ bool bx_read_grid(BX_DB& db, UT_PTRFILE& file, char letter);
 /// Writes a whole file, first line included.
 bool bx_write_database(const BX_DB& db, UT_PTRFILE& file, bool ascii);
 bool bx_write_grid(const BX_DB& db, UT_PTRFILE& file, bool ascii);
+
+/// The same for a database that was compressed; false for any other.
+bool bx_write_compressed(BX_DB& db, UT_PTRFILE& file);

@@ -135,8 +135,7 @@ class bx_reference_reader {
   }
   template <class Object>
   bool name(Object& object) {
-    const char* bytes = source_.take(8);
-    object.name = bytes != nullptr ? fixtable_.resolve(bx_decode(bytes, 8), &object.name) : nullptr;
+    reference(object.name);
     object.nameborrowed = true;
     if (cut_) bx_cut_name(object.name, separator_);
     return true;
@@ -151,6 +150,12 @@ class bx_reference_reader {
     if (bytes == nullptr) return false;
     value = static_cast<bx_long>(static_cast<bx_ulong>(bx_decode(bytes, 4)));
     return true;
+  }
+
+  /// The string that a reference stands for; null when it is cut off or not explained.
+  void reference(char*& string) {
+    const char* bytes = source_.take(8);
+    string = bytes != nullptr ? fixtable_.resolve(bx_decode(bytes, 8), &string) : nullptr;
   }
 
  private:
@@ -188,7 +193,7 @@ class bx_block_source {
 };
 
 /// The binary form of instance records.
-class bx_binary_reader : private bx_stream_source, public bx_reference_reader<bx_stream_source> {
+class bx_binary_reader : protected bx_stream_source, public bx_reference_reader<bx_stream_source> {
  public:
   explicit bx_binary_reader(UT_PTRFILE& file)
       : bx_stream_source(file),
@@ -289,27 +294,22 @@ class bx_binary_grid_reader {
   BX_DB* keep_in_;
 };
 
-/// Reads the subtree into root, parents before children. On failure what was read stays attached. A text
+/// Reads the subtree into root, parents before children. read_head(inst) reads what stands before the count of
+/// children; with that, an instance takes at least least_size bytes. On failure what was read stays attached. A text
 /// tree that is read with private names is bound to the root's database child by child.
-template <class Reader>
-bool bx_read_tree(Reader& reader, BX_INSTANCE& root, bool with_wires) {
+template <class Reader, class ReadHead>
+bool bx_read_tree(Reader& reader, BX_INSTANCE& root, int least_size, ReadHead read_head) {
   struct place {
     BX_INSTANCE* inst;
     bx_long left;
   };
   std::vector<place> path;
   auto enter = [&](BX_INSTANCE& inst) {
-    if (!bx_describe_instance(reader, inst)) return false;
+    if (!read_head(inst)) return false;
     bx_long count = 0;
-    if (with_wires) {
-      reader.count(bx_wire_count_label, count);
-      if (!reader.wires(inst.wires, count)) return false;
-    }
-    count = 0;
     reader.count(bx_child_count_label, count);
     path.push_back({&inst, count});
-    if (count > 0)
-      inst.instances.a_reserve(bx_justified(count, reader.file(), bx_least_instance_size(Reader::sizes(), with_wires)));
+    if (count > 0) inst.instances.a_reserve(bx_justified(count, reader.file(), least_size));
     return true;
   };
   bool good = enter(root);
@@ -333,4 +333,16 @@ bool bx_read_tree(Reader& reader, BX_INSTANCE& root, bool with_wires) {
   }
   for (const place& open : path) bx_access::note_child_order(*open.inst);
   return good;
+}
+
+/// The same for instance records, in grid files without wires.
+template <class Reader>
+bool bx_read_tree(Reader& reader, BX_INSTANCE& root, bool with_wires) {
+  return bx_read_tree(reader, root, bx_least_instance_size(Reader::sizes(), with_wires), [&](BX_INSTANCE& inst) {
+    if (!bx_describe_instance(reader, inst)) return false;
+    if (!with_wires) return true;
+    bx_long count = 0;
+    reader.count(bx_wire_count_label, count);
+    return reader.wires(inst.wires, count);
+  });
 }

@@ -122,6 +122,12 @@ class bx_binary_grid_writer : public bx_binary_writer {
   UT_STREAM& file_;
 };
 
+/// The children of an instance as files count them.
+inline bx_long bx_count_children(const BX_INSTANCE& inst) {
+  return static_cast<bx_long>(std::count_if(inst.instances.begin(), inst.instances.end(),
+                                            [](const BX_INSTANCE* child) { return child != nullptr; }));
+}
+
 /// Writes the subtree. Null children are left out and not counted.
 template <class Writer>
 bool bx_write_tree(Writer& writer, const BX_INSTANCE& root, bool with_wires) {
@@ -133,8 +139,6 @@ bool bx_write_tree(Writer& writer, const BX_INSTANCE& root, bool with_wires) {
         if (!bx_describe_wire(writer, wire)) return false;
       }
     }
-    const auto children = std::count_if(inst.instances.begin(), inst.instances.end(),
-                                        [](const BX_INSTANCE* child) { return child != nullptr; });
-    return writer.count(bx_child_count_label, static_cast<bx_long>(children));
+    return writer.count(bx_child_count_label, bx_count_children(inst));
   });
 }

@@ -4,7 +4,6 @@
 #include "bx_restore.h"
 
 #include <algorithm>
-#include <unordered_map>
 #include <vector>
 
 #include "bx_db.h"
@@ -14,6 +13,16 @@
 #include "ut_arith.h"
 
 namespace {
+
+/// A run of a range map: its indices, from up to but not including to, and their value.
+template <class T>
+struct known_run {
+  std::uint16_t from = 0;
+  std::uint16_t to = 0;
+  T value{};
+
+  bool covers(std::uint16_t i) const noexcept { return from <= i && i < to; }
+};
 
 /// The runs of a range map in one piece of memory.
 template <class T>
@@ -28,10 +37,12 @@ class flat_map {
     }
   }
 
-  T lookup(std::uint16_t i) const {
+  /// The run of an index. Where there is none, which is reported, one that covers nothing.
+  known_run<T> run_at(std::uint16_t i) const {
     const auto after = std::upper_bound(starts_.begin(), starts_.end(), i);
-    if (i >= map_.size || after == starts_.begin()) return map_.lookup(i);  // reports it
-    return values_[static_cast<std::size_t>(after - starts_.begin()) - 1];
+    if (i >= map_.size || after == starts_.begin()) return {0, 0, map_.lookup(i)};
+    const std::uint16_t to = after != starts_.end() ? std::min(*after, map_.size) : map_.size;
+    return {*std::prev(after), to, values_[static_cast<std::size_t>(after - starts_.begin()) - 1]};
   }
 
  private:
@@ -40,10 +51,13 @@ class flat_map {
   std::vector<T> values_;
 };
 
-/// A wire template ready for millions of lookups.
+/// A wire template ready for millions of lookups. Switch matrices are met column by column, so the next lookup in a map
+/// mostly falls into the run of the last one. These last runs lie close together, apart from the maps: those of all
+/// templates are looked at again and again and should stay in the cache.
 class flat_template {
  public:
-  explicit flat_template(const WIRE_TEMPLATE_SM& wire) : wire_(wire), index_map_(wire.index_map) {
+  explicit flat_template(const WIRE_TEMPLATE_SM& wire)
+      : wire_(wire), index_map_(wire.index_map), last_offsets_(wire.num_offset_map) {
     offset_maps_.reserve(wire.num_offset_map);
     for (int k = 0; k < wire.num_offset_map; ++k) offset_maps_.emplace_back(wire.offset_maps[k]);
   }
@@ -51,113 +65,142 @@ class flat_template {
   const WIRE_TEMPLATE_SM& wire() const noexcept { return wire_; }
 
   /// False when the index map leads beyond the offset maps.
-  bool offset_at(std::uint16_t column, std::uint16_t row, BX_POINT& offset) const {
-    const bool by_column = wire_.span_dir == 1;
-    const std::size_t map = index_map_.lookup(by_column ? column : row);
+  bool offset_at(std::uint16_t column, std::uint16_t row, BX_POINT& offset) {
+    const std::uint16_t cross = wire_.span_dir == 1 ? column : row;
+    const std::uint16_t along = wire_.span_dir == 1 ? row : column;
+    if (!last_index_.covers(cross)) last_index_ = index_map_.run_at(cross);
+    const std::size_t map = last_index_.value;
     if (map >= offset_maps_.size()) return false;
-    offset = offset_maps_[map].lookup(by_column ? row : column);
+    known_run<BX_POINT>& last = last_offsets_[map];
+    if (!last.covers(along)) last = offset_maps_[map].run_at(along);
+    offset = last.value;
     return true;
   }
 
  private:
   const WIRE_TEMPLATE_SM& wire_;
+  known_run<std::uint16_t> last_index_;
   flat_map<std::uint16_t> index_map_;
+  std::vector<known_run<BX_POINT>> last_offsets_;
   std::vector<flat_map<BX_POINT>> offset_maps_;
 };
 
 }  // namespace
 
-/// Restores the switch matrices of one set. The set must not change meanwhile.
-class bx_matrix_restorer {
+/// A set ready for millions of lookups.
+class bx_restorer::flat_set {
  public:
-  explicit bx_matrix_restorer(BASIC_ASS_TEMPLATE& set) : set_(set) {
-    flat_.reserve(set.num_wire_template);
-    for (int i = 0; i < set.num_wire_template; ++i) flat_.emplace_back(set.wire_templates[i]);
+  explicit flat_set(BASIC_ASS_TEMPLATE& set) : set_(set) {
+    wires_.reserve(set.num_wire_template);
+    for (int i = 0; i < set.num_wire_template; ++i) wires_.emplace_back(set.wire_templates[i]);
   }
 
-  bool restore(BX_INSTANCE& inst);
+  /// Takes up a place.
+  void go_to(std::uint16_t column, std::uint16_t row) noexcept {
+    column_ = column;
+    row_ = row;
+    has_corner_ = false;
+  }
+
+  bool wire(std::size_t number, bx_restored_wire& restored) {
+    BX_POINT offset;
+    if (number >= wires_.size() || !wires_[number].offset_at(column_, row_, offset)) return false;
+    const WIRE_TEMPLATE_SM& wire = wires_[number].wire();
+    restored = {wire.name, bx_node_at(wire, corner(), offset)};
+    return true;
+  }
 
  private:
-  bool restore_wire(BX_WIRE& wire, std::size_t number, std::uint16_t column, std::uint16_t row);
+  BX_POINT corner() {
+    if (!has_corner_) corner_ = set_.corner_at(column_, row_);
+    has_corner_ = true;
+    return corner_;
+  }
 
   BASIC_ASS_TEMPLATE& set_;
-  std::vector<flat_template> flat_;
+  std::vector<flat_template> wires_;
+  std::uint16_t column_ = NO_INDEX;
+  std::uint16_t row_ = NO_INDEX;
+  bool has_corner_ = false;
+  BX_POINT corner_;
 };
 
-bool bx_matrix_restorer::restore(BX_INSTANCE& inst) {
-  const int list = inst.tmpltidx();
-  if (list >= set_.num_wirelist) return false;
-  inst.name = set_.name;
-  const int count = set_.wirelist_numwires[list];
-  if (count > 0) inst.wires.getaddr(count - 1);
-  const std::uint16_t column = set_.getcol(inst.xmin);
-  const std::uint16_t row = set_.getrow(inst.ymin);
-  bool good = true;
-  for (int k = 0; k < count; ++k) good &= restore_wire(inst.wires[k], set_.wirelists[list][k], column, row);
-  return good;
+bx_restorer::bx_restorer() = default;
+bx_restorer::~bx_restorer() = default;
+
+// As a rule there is one set.
+bx_restorer::flat_set& bx_restorer::flat_set_of(BASIC_ASS_TEMPLATE& set) {
+  if (last_set_ != &set) {
+    std::unique_ptr<flat_set>& flat = flat_sets_[&set];
+    if (flat == nullptr) flat = std::make_unique<flat_set>(set);
+    last_flat_ = flat.get();
+    last_set_ = &set;
+  }
+  return *last_flat_;
 }
 
-bool bx_matrix_restorer::restore_wire(BX_WIRE& wire, std::size_t number, std::uint16_t column, std::uint16_t row) {
-  BX_POINT offset;
-  if (number >= flat_.size() || !flat_[number].offset_at(column, row, offset)) return false;
-  const BX_POINT node = bx_node_at(flat_[number].wire(), set_.corner_at(column, row), offset);
-  wire.nodex = node.x;
-  wire.nodey = node.y;
-  wire.name = flat_[number].wire().name;
-  wire.nameborrowed = true;
+bool bx_restorer::select(const BX_INSTANCE& inst) {
+  if (inst.top == nullptr) return false;
+  const BX_DB& db = *inst.top;
+  const int number = inst.tmpltidx();
+  inst_ = &inst;
+  if (inst.is_basic_ass() == 0) {
+    if (static_cast<std::size_t>(number) >= db.asstemplates.size()) return false;
+    layout_ = db.asstemplates[static_cast<std::size_t>(number)];
+    name_ = layout_->name;
+    wire_count_ = layout_->getnumwires();
+    return true;
+  }
+  if (db.basicasstemplate == nullptr || number >= db.basicasstemplate->num_wirelist) return false;
+  BASIC_ASS_TEMPLATE& set = *db.basicasstemplate;
+  layout_ = nullptr;
+  matrices_ = &flat_set_of(set);
+  list_ = set.wirelists[number];
+  matrices_->go_to(set.getcol(inst.xmin), set.getrow(inst.ymin));
+  name_ = set.name;
+  wire_count_ = set.wirelist_numwires[number];
+  return true;
+}
+
+bool bx_restorer::wire(int k, bx_restored_wire& restored) const {
+  if (layout_ == nullptr) return matrices_->wire(list_[k], restored);
+  const BX_WIRE& relative = layout_->getwire(k);
+  restored.name = relative.name;
+  restored.node = {ut_wrap_add(inst_->xmin, relative.nodex), ut_wrap_add(inst_->ymin, relative.nodey)};
   return true;
 }
 
 namespace {
 
-bool restore_from(const ASS_TEMPLATE& tmplt, BX_INSTANCE& inst) {
-  inst.name = tmplt.name;
-  const int count = tmplt.getnumwires();
+bool restore_instance(bx_restorer& restorer, BX_INSTANCE& inst) {
+  inst.nameborrowed = true;
+  if (!restorer.select(inst)) return false;
+  inst.name = restorer.name();
+  const int count = restorer.wire_count();
   if (count > 0) inst.wires.getaddr(count - 1);
+  bool good = true;
   for (int k = 0; k < count; ++k) {
-    const BX_WIRE& relative = tmplt.getwire(k);
-    BX_WIRE& wire = inst.wires[k];
-    wire.name = relative.name;
-    wire.nameborrowed = true;
-    wire.nodex = ut_wrap_add(inst.xmin, relative.nodex);
-    wire.nodey = ut_wrap_add(inst.ymin, relative.nodey);
-  }
-  return true;
-}
-
-/// Keeps a restorer for each database that the walk meets; as a rule there is one.
-class tree_restorer {
- public:
-  bool restore(BX_INSTANCE& inst) {
-    inst.nameborrowed = true;
-    if (inst.top == nullptr) return false;
-    BX_DB& db = *inst.top;
-    if (inst.is_basic_ass() != 0) return db.basicasstemplate != nullptr && restorer_of(db).restore(inst);
-    const auto number = static_cast<std::size_t>(inst.tmpltidx());
-    return number < db.asstemplates.size() && restore_from(*db.asstemplates[number], inst);
-  }
-
- private:
-  bx_matrix_restorer& restorer_of(BX_DB& db) {
-    if (last_ == nullptr || last_db_ != &db) {
-      last_ = &restorers_.try_emplace(&db, *db.basicasstemplate).first->second;
-      last_db_ = &db;
+    bx_restored_wire restored;
+    if (!restorer.wire(k, restored)) {
+      good = false;
+      continue;
     }
-    return *last_;
+    BX_WIRE& wire = inst.wires[k];
+    wire.name = restored.name;
+    wire.nameborrowed = true;
+    wire.nodex = restored.node.x;
+    wire.nodey = restored.node.y;
   }
-
-  std::unordered_map<const BX_DB*, bx_matrix_restorer> restorers_;
-  const BX_DB* last_db_ = nullptr;
-  bx_matrix_restorer* last_ = nullptr;
-};
+  return good;
+}
 
 }  // namespace
 
 bool bx_restore_tree(BX_INSTANCE& root) {
-  tree_restorer restorer;
+  bx_restorer restorer;
   bool good = true;
   bx_walk(root, [&](BX_INSTANCE& inst, bx_long /*depth*/) {
-    good &= restorer.restore(inst);
+    good &= restore_instance(restorer, inst);
     return true;
   });
   return good;

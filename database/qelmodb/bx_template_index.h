@@ -7,6 +7,7 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
@@ -14,6 +15,9 @@
 #include "bx_ass_template.h"
 #include "bx_basic_ass_template.h"
 #include "bx_db.h"
+
+/// A new template with the layout of an instance.
+std::unique_ptr<ASS_TEMPLATE> bx_template_of(const BX_INSTANCE& inst);
 
 /// The templates of a table, by number of wires, name and relative nodes.
 class bx_template_index {

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The qelmodb authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Searches, comparisons and measures over whole trees, and what a file form could not hold.
+// Files on streams, and searches, comparisons and measures over whole trees.
 #include <algorithm>
 #include <cstring>
 #include <string_view>
@@ -10,6 +10,7 @@
 #include "bx_access.h"
 #include "bx_files.h"
 #include "bx_order.h"
+#include "bx_path_tracker.h"
 #include "qelmoext.h"
 
 #ifndef QELMODB_VERSION
@@ -18,31 +19,10 @@
 
 namespace {
 
-/// Follows a walk and builds the path of names of the instance in hand.
-class path_tracker {
- public:
-  void enter(const BX_INSTANCE& inst, bx_long depth) {
-    names_.resize(static_cast<std::size_t>(depth));
-    names_.push_back(ut_text(inst.name));
-  }
-
-  std::string text() const {
-    std::string joined;
-    for (std::size_t i = 0; i < names_.size(); ++i) {
-      if (i != 0) joined += '/';
-      joined += names_[i];
-    }
-    return joined;
-  }
-
- private:
-  std::vector<const char*> names_;
-};
-
 template <class Matches>
 std::vector<qelmodb::found_instance> collect_instances(const BX_INSTANCE& root, Matches matches) {
   std::vector<qelmodb::found_instance> found;
-  path_tracker path;
+  bx_path_tracker path;
   bx_walk(const_cast<BX_INSTANCE&>(root), [&](BX_INSTANCE& inst, bx_long depth) {
     path.enter(inst, depth);
     if (matches(inst)) found.push_back({&inst, path.text()});
@@ -69,39 +49,6 @@ std::vector<const BX_INSTANCE*> children_of(const BX_INSTANCE& inst) {
   return children;
 }
 
-/// What one form asks of names.
-class name_rules {
- public:
-  name_rules(const BX_DB& db, qelmodb::form as, qelmodb::content what)
-      : text_(as == qelmodb::form::text),
-        by_reference_(!text_ && what == qelmodb::content::database),
-        root_name_(db.name) {
-    longest_ = !text_ && what == qelmodb::content::grid ? BX_GRID_NAME_LIMIT : BX_FILE_NAME_LIMIT;
-    if (by_reference_) table_.insert(db.names.begin(), db.names.end());
-  }
-
-  /// Why the name would not come back; empty when it would.
-  std::string reason(const char* name) const {
-    if (name == nullptr) return by_reference_ ? "" : "no name; it would come back as \"\"";
-    const std::size_t length = std::strlen(name);
-    if (length > static_cast<std::size_t>(longest_)) {
-      return neoform("name of %lld characters; the form holds %d", static_cast<long long>(length), longest_);
-    }
-    if (text_ && std::strchr(name, '"') != nullptr) return "name with a double quote, which text files cannot hold";
-    if (by_reference_ && name != root_name_ && table_.count(name) == 0) {
-      return "name that is not in the database's name table, so that binary files cannot refer to it";
-    }
-    return "";
-  }
-
- private:
-  bool text_;
-  bool by_reference_;
-  const char* root_name_;
-  bx_long longest_ = 0;
-  std::unordered_set<const char*> table_;
-};
-
 }  // namespace
 
 namespace qelmodb {
@@ -115,33 +62,15 @@ bool load(BX_DB& db, UT_PTRFILE& file, content what) {
 }
 
 bool dump(const BX_DB& db, UT_PTRFILE& file, form as, content what) {
-  if (as == form::compressed) return false;
   const bool ascii = as == form::text;
-  const bool written = what == content::grid ? bx_write_grid(db, file, ascii) : bx_write_database(db, file, ascii);
+  bool written = false;
+  if (as == form::compressed) {
+    // Writing changes nothing; the operation is one that clients' classes had always declared without const.
+    written = what == content::database && bx_write_compressed(const_cast<BX_DB&>(db), file);
+  } else {
+    written = what == content::grid ? bx_write_grid(db, file, ascii) : bx_write_database(db, file, ascii);
+  }
   return written && file.flush();
-}
-
-std::vector<objection> dump_objections(const BX_DB& db, form as, content what, std::size_t most) {
-  std::vector<objection> objections;
-  const name_rules rules(db, as, what);
-  path_tracker path;
-  if (as == form::compressed) return {{"", "compressed databases are not supported by this version"}};
-  bx_walk(db, [&](const BX_INSTANCE& inst, bx_long depth) {
-    path.enter(inst, depth);
-    std::string reason = rules.reason(inst.name);
-    if (!reason.empty()) objections.push_back({path.text(), std::move(reason)});
-    if (what == content::grid) return objections.size() < most;
-    const BX_WIRE* last = nullptr;
-    for (const BX_WIRE& wire : inst.wires) {
-      if (objections.size() >= most) break;
-      if (last != nullptr && last->name == wire.name) continue;
-      last = &wire;
-      reason = rules.reason(wire.name);
-      if (!reason.empty()) objections.push_back({path.text() + "/" + ut_text(wire.name), std::move(reason)});
-    }
-    return objections.size() < most;
-  });
-  return objections;
 }
 
 std::vector<found_instance> find_instances(const BX_INSTANCE& root, const char* name) {
@@ -156,7 +85,7 @@ std::vector<found_instance> instances_at(const BX_INSTANCE& root, bx_long x, bx_
 
 std::vector<found_wire> find_wires(const BX_INSTANCE& root, const char* name) {
   std::vector<found_wire> found;
-  path_tracker path;
+  bx_path_tracker path;
   bx_walk(const_cast<BX_INSTANCE&>(root), [&](BX_INSTANCE& inst, bx_long depth) {
     path.enter(inst, depth);
     for (BX_WIRE& wire : inst.wires) {
@@ -168,7 +97,7 @@ std::vector<found_wire> find_wires(const BX_INSTANCE& root, const char* name) {
 }
 
 std::string path_of(const BX_INSTANCE& root, const BX_INSTANCE& inst) {
-  path_tracker path;
+  bx_path_tracker path;
   const bool missing = bx_walk(root, [&](const BX_INSTANCE& here, bx_long depth) {
     path.enter(here, depth);
     return &here != &inst;

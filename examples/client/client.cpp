@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: The qelmodb authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Makes a device of one column of tiles, saves it, loads it, and asks it a few questions.
+// Makes a device of one column of tiles, saves it in binary and compressed form, loads it, and asks it a few questions.
+#include <qelmocompress.h>
 #include <qelmodb.h>
 #include <qelmoext.h>
 
@@ -20,6 +21,14 @@ BX_INSTANCE* make_tile(const std::string& name, bx_long x, bx_long y) {
   matrix->addwire(&north);
   tile->addinstance(matrix);
   return tile;
+}
+
+// Writes a compressed file, unless anything of the device would not come back from it.
+bool save_compressed(BX_DB& device, const char* file) {
+  qelmodb::intern_root_name(device);
+  if (!qelmodb::compression_objections(device).empty()) return false;
+  device.compress();
+  return qelmodb::find_compression_losses(device).total() == 0 && device.dumpcompress(file, false) != 0;
 }
 
 }  // namespace
@@ -47,5 +56,14 @@ int main(int argc, char** argv) {
   std::printf("at (5, 25): %s\n", tile->getname());
   std::printf("its wire E1: (%d, %d)\n", wire->getnodex(), wire->getnodey());
   std::printf("switch matrices: %zu\n", qelmodb::find_instances(loaded, "BASIC_ASS").size());
+
+  const std::string compressed = file + ".compressed";
+  BX_DB restored;
+  if (!save_compressed(device, compressed.c_str()) || restored.load(compressed.c_str()) == 0) {
+    std::fprintf(stderr, "%s: cannot save or load\n", compressed.c_str());
+    return 1;
+  }
+  const bool same = qelmodb::same_tree(device, restored, qelmodb::content::database);
+  std::printf("restored from templates: %s\n", same ? "the same" : "another");
   return 0;
 }

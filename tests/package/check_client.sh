@@ -22,6 +22,7 @@ cat >"$work/expected" <<'END'
 at (5, 25): TILE_2
 its wire E1: (9, 23)
 switch matrices: 4
+restored from templates: the same
 END
 "$work/client/client" "$work/device.bxd" >"$work/printed"
 diff "$work/expected" "$work/printed"

@@ -249,13 +249,6 @@ TEST(Checker, ChecksFilesByNameAndTellsThoseItCannotRead) {
   EXPECT_EQ(ut_file->getcount(), 0);
 }
 
-TEST(Checker, SaysThatTheCompressedFormIsNotSupported) {
-  const check_report report = check_bytes("BX_DB:C\n", content::database);
-  EXPECT_EQ(report.file_form, form::compressed);
-  ASSERT_EQ(report.faults.size(), 1U);
-  expect_at(report.faults[0], severity::error, 6, 0, "", "not supported");
-}
-
 TEST(DetectContent, TellsDatabasesFromGrids) {
   EXPECT_EQ(qelmodb::detect_content(sound_text), content::database);
   EXPECT_EQ(qelmodb::detect_content(sound_grid_text), content::grid);

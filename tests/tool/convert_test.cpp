@@ -84,13 +84,6 @@ TEST_F(BxdbConvert, AQuoteInAWireNameOfABinaryFileIsRefusedInText) {
   EXPECT_FALSE(std::filesystem::exists(file("b.bxd")));
 }
 
-TEST_F(BxdbConvert, TheCompressedFormIsRefusedWithAReason) {
-  const std::string db = made("a.bxd", small_text());
-  const outcome refused = expect(2, {"convert", db, file("b.bxd"), "--form", "compressed"});
-  EXPECT_TRUE(holds(refused.err, "not supported by this version"));
-  EXPECT_FALSE(std::filesystem::exists(file("b.bxd")));
-}
-
 TEST_F(BxdbConvert, AFileCanReplaceItself) {
   const std::string db = made("a.bxd", small_text());
   expect(0, {"convert", db, db, "--form", "binary"});

@@ -23,6 +23,11 @@ struct fabric {
   std::int64_t rows;      // of switch matrices
   std::int64_t columns;
   const char* legend;  // of their picture, up to the most frequent kind
+  std::size_t templates;
+  std::size_t wire_lists;
+  std::size_t wire_templates;
+  std::int64_t binary_bytes;
+  std::int64_t compressed_bytes;
 };
 
 void PrintTo(const fabric& one, std::ostream* out) { *out << one.name; }
@@ -63,6 +68,29 @@ TEST_P(RealFabric, KeepsItsBytesThroughBinaryAndBack) {
   expect(0, {"diff", packed(), file("binary.bxd")});
 }
 
+TEST_P(RealFabric, KeepsItsBytesThroughCompressedAndBack) {
+  EXPECT_EQ(expect(0, {"convert", packed(), file("small.bxd.zst"), "--form", "compressed"}).err, "");
+  expect(0, {"diff", packed(), file("small.bxd.zst")});
+  expect(0, {"convert", file("small.bxd.zst"), file("text.bxd"), "--form", "text"});
+  EXPECT_TRUE(read_file(file("text.bxd")) == text());
+  EXPECT_EQ(json_of(0, {"check", file("small.bxd.zst")})["sound"], true);
+}
+
+TEST_P(RealFabric, IsExplained) {
+  const nlohmann::json told = json_of(0, {"explain", packed()});
+  EXPECT_EQ(told["instances"], GetParam().instances);
+  EXPECT_EQ(told["wires"], GetParam().wires);
+  EXPECT_EQ(told["switch_matrices"], GetParam().basic_ass);
+  EXPECT_EQ(told["columns"], GetParam().columns);
+  EXPECT_EQ(told["rows"], GetParam().rows);
+  EXPECT_EQ(told["templates"].size(), GetParam().templates);
+  EXPECT_EQ(told["wire_lists"].size(), GetParam().wire_lists);
+  EXPECT_EQ(told["wire_templates"].size(), GetParam().wire_templates);
+  EXPECT_EQ(told["binary_bytes"], GetParam().binary_bytes);
+  EXPECT_EQ(told["compressed_bytes"], GetParam().compressed_bytes);
+  EXPECT_EQ(told["near_complete"], true);
+}
+
 TEST_P(RealFabric, IsPrintedSearchedAndAskedForAPoint) {
   const outcome grid = expect(0, {"print", "--grid", packed()});
   EXPECT_EQ(static_cast<std::int64_t>(lines_of(grid.out)), 2 * GetParam().instances);
@@ -94,11 +122,12 @@ TEST_P(RealFabric, ItsMatricesStandInRowsAndColumns) {
   EXPECT_TRUE(holds(read_file(file("a.svg")), GetParam().legend));
 }
 
-INSTANTIATE_TEST_SUITE_P(All, RealFabric,
-                         ::testing::Values(fabric{"fabulous_ihp", 3883718, 1343, 115416, 174, 100079, 1493, 3,
-                                                  "Tile_X1Y3_LUT4AB", 16, 11, "<desc>BASIC_ASS in:\nLUT4AB 98\n"},
-                                           fabric{"vtr_k6_65x65", 38588798, 10975, 1240351, 4096, 1008128, 4263, 2,
-                                                  "Tile_X3Y4_clb", 64, 64, "<desc>BASIC_ASS in:\nclb 2961\n"}),
-                         [](const auto& param_info) { return std::string(param_info.param.name); });
+INSTANTIATE_TEST_SUITE_P(
+    All, RealFabric,
+    ::testing::Values(fabric{"fabulous_ihp", 3883718, 1343, 115416, 174, 100079, 1493, 3, "Tile_X1Y3_LUT4AB", 16, 11,
+                             "<desc>BASIC_ASS in:\nLUT4AB 98\n", 208, 11, 741, 1916424, 187892},
+                      fabric{"vtr_k6_65x65", 38588798, 10975, 1240351, 4096, 1008128, 4263, 2, "Tile_X3Y4_clb", 64, 64,
+                             "<desc>BASIC_ASS in:\nclb 2961\n", 3473, 14, 252, 20293321, 937415}),
+    [](const auto& param_info) { return std::string(param_info.param.name); });
 
 }  // namespace

@@ -7,7 +7,7 @@ namespace {
 
 using namespace test;
 
-const words all_commands = {"generate", "info", "check", "print", "convert", "find", "at", "grid", "diff"};
+const words all_commands = {"generate", "info", "check", "print", "convert", "explain", "find", "at", "grid", "diff"};
 
 class BxdbUsage : public ToolTest {};
 
@@ -58,6 +58,7 @@ TEST_F(BxdbUsage, EveryReadingCommandNamesTheFileThatIsMissingADirectoryOrNoData
     for (const words& arguments : std::vector<words>{{"info", bad},
                                                      {"print", bad},
                                                      {"convert", bad, file("out.bxd"), "--form", "text"},
+                                                     {"explain", bad},
                                                      {"find", bad, "J0"},
                                                      {"at", bad, "1", "2"},
                                                      {"grid", bad},

@@ -6,21 +6,16 @@
 #include <memory>
 
 #include "commands.h"
+#include "compressing.h"
 #include "failure.h"
 #include "loaded_database.h"
+#include "loss_proof.h"
 #include "output_file.h"
 #include "progress.h"
 #include "text.h"
 
 namespace bxdb {
 namespace {
-
-qelmodb::form form_named(const std::string& name) {
-  if (name == "compressed") {
-    throw failure("--form compressed: compressed databases are not supported by this version; use text or binary");
-  }
-  return name == "text" ? qelmodb::form::text : qelmodb::form::binary;
-}
 
 /// Says what the form cannot hold; true when there is nothing.
 bool fits(const loaded_database& loaded, qelmodb::form as, const convert_options& options) {
@@ -38,6 +33,19 @@ bool fits(const loaded_database& loaded, qelmodb::form as, const convert_options
   return false;
 }
 
+/// Compresses what was loaded, and says what would not come back of it; true when the file is to be written. What a
+/// compressed file held comes back with the templates that it held.
+bool compressed(const loaded_database& loaded, const convert_options& options, qelmodb::compression_losses& losses) {
+  if (loaded.report.file_form == qelmodb::form::compressed) return true;
+  if (!compress_database(*loaded.db, options.in, options.out + ": not written")) return false;
+  losses = losses_of(*loaded.db, options.in);
+  report_losses(losses, options.in);
+  if (losses.total() == 0 || options.allow_loss) return true;
+  fmt::print(stderr, "bxdb: {}: not written: it would not give everything back; see --allow-loss\n",
+             printable(options.out));
+  return false;
+}
+
 /// The bytes that are to stand in the output, packed.
 std::string finished_bytes(const loaded_database& loaded, qelmodb::form as, packing how, const std::string& out) {
   const progress shown("writing " + out);
@@ -49,18 +57,25 @@ std::string finished_bytes(const loaded_database& loaded, qelmodb::form as, pack
   return memory.bytes();
 }
 
+bool as_expected(const loaded_database& loaded, const BX_DB& back, const qelmodb::compression_losses& losses) {
+  return losses.total() == 0 ? qelmodb::same_tree(*loaded.db, back, loaded.what)
+                             : comes_back_as_announced(*loaded.db, back, losses);
+}
+
 /// Reads the bytes as if they came from the file and compares the result with what they were made of.
-void verify(const std::string& bytes, packing how, const loaded_database& loaded, const convert_options& options) {
+void verify(const std::string& bytes, packing how, const loaded_database& loaded, const convert_options& options,
+            const qelmodb::compression_losses& losses) {
   const progress shown("reading back " + options.out);
   UT_MEMFILE file(unpack(bytes, how, options.out, bytes.max_size() / 2));
   const auto back = std::make_unique<BX_DB>();
   back->setseparator('$');
-  if (!qelmodb::load(*back, file, loaded.what) || !qelmodb::same_tree(*loaded.db, *back, loaded.what)) {
+  if (!qelmodb::load(*back, file, loaded.what) || !as_expected(loaded, *back, losses)) {
     throw failure(options.out + ": not written: reading it back does not give what " + options.in + " holds");
   }
 }
 
-void check_output_name(const loaded_database& loaded, const convert_options& options) {
+void check_names(const loaded_database& loaded, qelmodb::form as, const convert_options& options) {
+  if (as == qelmodb::form::compressed) check_compressible(loaded);
   if (loaded.what == qelmodb::content::grid || !is_grid_name(options.out)) return;
   throw failure(options.out + ": the name is one of a grid file, but " + options.in + " holds a database with wires");
 }
@@ -70,11 +85,12 @@ void check_output_name(const loaded_database& loaded, const convert_options& opt
 int run_convert(const convert_options& options) {
   const qelmodb::form as = form_named(options.form);
   const loaded_database loaded = load_database(options.in, options.input);
-  check_output_name(loaded, options);
-  if (!fits(loaded, as, options)) return no;
+  check_names(loaded, as, options);
+  qelmodb::compression_losses losses;
+  if (as == qelmodb::form::compressed ? !compressed(loaded, options, losses) : !fits(loaded, as, options)) return no;
   const packing how = packing_for(options.out);
   const std::string bytes = finished_bytes(loaded, as, how, options.out);
-  verify(bytes, how, loaded, options);
+  verify(bytes, how, loaded, options, losses);
   output_file out(options.out, packing::none);
   write_all(out.stream(), bytes.data(), bytes.size());
   out.commit();

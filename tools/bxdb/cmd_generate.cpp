@@ -9,6 +9,7 @@
 #include <string>
 
 #include "commands.h"
+#include "compressing.h"
 #include "device_description.h"
 #include "device_generator.h"
 #include "failure.h"
@@ -54,12 +55,24 @@ void describe(const generate_options& options) {
   if (!NP_TABLEDEVICE(std::move(edges.rows), std::move(edges.columns)).write(name.c_str(), why)) throw failure(why);
 }
 
+/// False when the device cannot be compressed, or would not come back; standard error says why.
+bool compressed(BX_DB& db, const std::string& out) {
+  if (!compress_database(db, out, out + ": not written")) return false;
+  const qelmodb::compression_losses losses = losses_of(db, out);
+  report_losses(losses, out);
+  return losses.total() == 0;
+}
+
 }  // namespace
 
 int run_generate(const generate_options& options) {
-  const std::unique_ptr<BX_DB> db = generated(options);
   const auto what = is_grid_name(options.out) ? qelmodb::content::grid : qelmodb::content::database;
-  const auto as = options.form == "text" ? qelmodb::form::text : qelmodb::form::binary;
+  const qelmodb::form as = form_named(options.form);
+  if (as == qelmodb::form::compressed && what == qelmodb::content::grid) {
+    throw failure(options.out + ": not written: the name is one of a grid file, which has no compressed form");
+  }
+  const std::unique_ptr<BX_DB> db = generated(options);
+  if (as == qelmodb::form::compressed && !compressed(*db, options.out)) return no;
   const progress shown("writing " + options.out);
   output_file out(options.out, packing_for(options.out));
   if (!qelmodb::dump(*db, out.stream(), as, what)) out.stream().fail();

@@ -19,9 +19,10 @@ void add_input_options(CLI::App& command, input_options& options) {
   options.max_size = default_max_size();
   command.add_flag("--grid-file", options.grid_file, "Read a grid file, whatever its name (\".bxg\" is one anyway)");
   command
-      .add_option("--max-size", options.max_size,
-                  "Largest file, unpacked, that is taken into memory, such as 512M or 4G; by default a quarter of "
-                  "this machine's memory, at most 16 GiB")
+      .add_option(
+          "--max-size", options.max_size,
+          "Largest file, unpacked, that is taken into memory, such as 512M or 4G; of a compressed one also the "
+          "size that its tree has in binary form; by default a quarter of this machine's memory, at most 16 GiB")
       ->transform(CLI::AsSizeValue(false))
       ->type_name("SIZE");
 }
@@ -56,7 +57,7 @@ void add_generate_command(CLI::App& tool, int& status) {
       .add_option("OUT", options->out,
                   "The file to write; packed when its name ends in .gz or .zst, a grid file when in .bxg")
       ->required();
-  add_choice(command, "--form", options->form, "The form of the file", {"binary", "text"});
+  add_choice(command, "--form", options->form, "The form of the file", {"binary", "text", "compressed"});
   add_device_options(command, *options);
   command.footer(
       "Beside OUT, when that is a regular file, stands a description of the device's rows and columns for bxdb grid, "
@@ -105,16 +106,50 @@ void add_convert_command(CLI::App& tool, int& status) {
   const auto options = std::make_shared<convert_options>();
   command.add_option("IN", options->in, "The file to convert; a grid file stays a grid file")->required();
   command.add_option("OUT", options->out, "The file to write; packed when its name ends in .gz or .zst")->required();
-  command.add_option("--form", options->form, "text or binary")
+  command.add_option("--form", options->form, "text, binary or compressed; grid files are not compressed")
       ->required()
       ->check(CLI::IsMember({"text", "binary", "compressed"}))
       ->type_name("FORM");
+  command.add_flag("--allow-loss", options->allow_loss,
+                   "Write a compressed file even though it does not give back all that IN holds; what it loses is "
+                   "listed in any case");
   add_input_options(command, options->input);
   add_cut_option(command, options->input);
   command.footer(
-      "Names that the form cannot hold are listed, and nothing is written (status 1).\n"
-      "Example: bxdb convert device.bxd.gz device-binary.bxd --form binary");
-  command.callback([options, &status] { status = run_convert(*options); });
+      "What the form cannot hold is listed, and nothing is written (status 1).\n"
+      "Example: bxdb convert device.bxd.gz device-binary.bxd --form binary\n"
+      "Example: bxdb convert device.bxd device-small.bxd --form compressed");
+  command.callback([options, &status] {
+    if (options->allow_loss && options->form != "compressed") {
+      throw CLI::ValidationError("--allow-loss", "only the compressed form loses anything");
+    }
+    status = run_convert(*options);
+  });
+}
+
+void add_explain_command(CLI::App& tool, int& status) {
+  CLI::App& command = *tool.add_subcommand("explain", "Shows why a database compresses as it does");
+  const auto options = std::make_shared<explain_options>();
+  command
+      .add_option("FILE", options->file,
+                  "The file; a compressed one is shown with the templates that it holds, any other is compressed in "
+                  "memory first")
+      ->required();
+  command
+      .add_option("--near", options->near_wires,
+                  "Show templates that share all but at most so many wires with another of their name")
+      ->type_name("WIRES")
+      ->capture_default_str()
+      ->check(CLI::Range(std::size_t{0}, std::size_t{65535}));
+  command.add_option("--most", options->most_shown, "How many entries of each table to print; JSON has all")
+      ->capture_default_str();
+  command.add_flag("--json", options->as_json, "Print JSON");
+  add_input_options(command, options->input);
+  add_cut_option(command, options->input);
+  command.footer(
+      "Status 1 when the database cannot be compressed.\n"
+      "Example: bxdb explain device.bxd --near 5");
+  command.callback([options, &status] { status = run_explain(*options); });
 }
 
 void add_find_command(CLI::App& tool, int& status) {
@@ -235,6 +270,7 @@ int run_command_line(int argc, char** argv) {
   add_check_command(tool, status);
   add_print_command(tool, status);
   add_convert_command(tool, status);
+  add_explain_command(tool, status);
   add_find_command(tool, status);
   add_at_command(tool, status);
   add_grid_command(tool, status);

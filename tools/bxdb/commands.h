@@ -48,9 +48,19 @@ struct convert_options {
   std::string in;
   std::string out;
   std::string form;
+  bool allow_loss = false;  ///< write a compressed file though it would not give everything back
   input_options input;
 };
 int run_convert(const convert_options& options);
+
+struct explain_options {
+  std::string file;
+  std::size_t near_wires = 3;   ///< that may keep templates apart which are shown as near
+  std::size_t most_shown = 50;  ///< of templates, near ones, lists and wires each; JSON has all
+  input_options input;
+  bool as_json = false;
+};
+int run_explain(const explain_options& options);
 
 struct find_options {
   std::string file;

@@ -16,7 +16,7 @@ namespace bxdb {
 struct input_options {
   bool grid_file = false;      ///< the file is a grid file, whatever its name
   bool cut = false;            ///< cut wire names at their first "$", as the library does by default
-  std::uint64_t max_size = 0;  ///< the largest file, unpacked, that is taken into memory
+  std::uint64_t max_size = 0;  ///< the largest file, unpacked, and tree that are taken into memory
 };
 
 /// The default of max_size: a quarter of the machine's memory, at most 16 GiB. A loaded tree, and what

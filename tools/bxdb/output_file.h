@@ -7,8 +7,12 @@
 #include <string>
 
 #include "packing_stream.h"
+#include "qelmoext.h"
 
 namespace bxdb {
+
+/// The form of this name: "text", "binary" or "compressed".
+qelmodb::form form_named(const std::string& name);
 
 class output_file {
  public:

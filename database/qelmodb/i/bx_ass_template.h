@@ -27,4 +27,12 @@ class BX_API ASS_TEMPLATE {
 
   /// Wire i, 0 <= i < getnumwires(); not checked.
   BX_WIRE& getwire(int i) const noexcept { return wires[i]; }
+
+  /// Writes the record of a compressed file: the name's address, the number of wires, the wires delta-coded
+  /// against the wire coded last (see BX_WIRE::writemeCompressed). Always 1.
+  unsigned char writeme(UT_PTRFILE* file) const;
+
+  /// Reads such a record; former wires are released. Names become strings of the file's fix-up table, those of
+  /// wires cut there at their first "$". Always 1: what is cut off reads as zeros, and the stream remembers it.
+  unsigned char readme(UT_PTRFILE* file);
 };

@@ -56,6 +56,16 @@ class BX_API BASIC_ASS_TEMPLATE {
   /// switch matrix has a wire that the one with most wires lacks. Throws std::bad_alloc.
   void buildme_sm(BX_DB* db);
 
+  // ---- records of a compressed file
+
+  /// Writes the set, without corners. Of more than 65535 columns or rows the rest is left out. Always 1.
+  unsigned char writeme_sm(UT_PTRFILE* file) const;
+
+  /// Reads a set. Former lists, wire templates and corners are released; columns and rows that the record does
+  /// not mention stay, so read into a new set. Always 1: what is cut off reads as zeros or is missing, and the
+  /// stream remembers it. Nothing that the record says is checked; see check_file in qelmoext.h.
+  unsigned char readme_sm(UT_PTRFILE* file);
+
   // ---- look up
 
   char* getname() const noexcept { return name; }
@@ -84,10 +94,13 @@ class BX_API BASIC_ASS_TEMPLATE {
 
  private:
   friend class bx_matrix_builder;
-  friend class bx_matrix_restorer;
+  friend class bx_restorer;
+  friend class bx_template_reader;
 
   class corners;
 
+  void release_wire_lists() noexcept;
+  void forget_corners() noexcept;
   void init_ins_points();
   const corners& known_corners();
   BX_POINT corner_at(std::uint16_t column, std::uint16_t row);

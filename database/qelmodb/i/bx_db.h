@@ -70,8 +70,13 @@ class BX_API BX_DB : public BX_INSTANCE {
   /// BASIC_ASS_TEMPLATE::buildme_sm do. O(n log n) in wires.
   void compress() override;
 
-  /// Reserved; 0.
+  /// Writes what stands behind the names of a compressed file: the templates, then the tree, of each instance its
+  /// rectangle, its template reference and its children, through the virtual operation of children of derived
+  /// classes. 0 when the database was never compressed, or such an operation gave 0.
   unsigned char writecompress(UT_PTRFILE* file) override;
+
+  /// Reads that into this empty database; former templates are released. Names and wires are restore's to fill in,
+  /// which load does. 0 when the file is cut off in a template or a rectangle; what was read stays.
   unsigned char readcompress(UT_PTRFILE* file) override;
 
   // ---- look up and change
@@ -98,11 +103,11 @@ class BX_API BX_DB : public BX_INSTANCE {
 
   // ---- files; results are 1 for success, 0 for failure
 
-  /// Loads a database file of text or binary form, told by its first line. 0 when the file cannot be
-  /// opened, is no database file (the message manager says so, and the file stays open with ut_file),
-  /// is damaged, or memory runs out. On failure after the first line what was read stays in the
-  /// database, whose former content is gone; before that nothing changes. A damaged text file may end
-  /// the process, see BX_INSTANCE::readme; check_file in qelmoext.h tells beforehand.
+  /// Loads a database file of any form, told by its first line. 0 when the file cannot be opened, is no
+  /// database file (the message manager says so, and the file stays open with ut_file), is damaged, or memory
+  /// runs out. On failure after the first line what was read stays in the database, whose former content is
+  /// gone; before that nothing changes. A damaged text file may end the process, see BX_INSTANCE::readme, and so
+  /// may a damaged compressed one, see BX_INSTANCE::restore; check_file in qelmoext.h tells beforehand.
   ///
   /// When the environment variable KRT_LARGE_DESIGN is present, convert_hierarchy follows.
   unsigned char load(const char* filename);
@@ -111,6 +116,13 @@ class BX_API BX_DB : public BX_INSTANCE {
   /// at all; 0 when it does not. Whether the file can be loaded again is for dump_objections in
   /// qelmoext.h to say: names that are too long for the form are written all the same.
   unsigned char dump(const char* filename, bool ascii);
+
+  /// Writes a database that was compressed in the compressed form, like dump: names, templates, and the tree
+  /// without names and wires. 0 without touching the file when compress was never called; changes to the tree since
+  /// then are not in the templates. There is no text of this form: with ascii an empty file is written, standard
+  /// output says that this is not implemented, and the result is 0. What does not come back, such as names behind
+  /// a "$", and the name that a constructor gave the root, is for qelmoext.h to say.
+  unsigned char dumpcompress(const char* filename, bool ascii);
 
   /// Fetches the device from np_devcache, keeps it, and loads the device's data file (".bxd").
   unsigned char load(PM_PIC_HDL picture);

@@ -37,4 +37,12 @@ class BX_API WIRE_TEMPLATE_SM {
   ~WIRE_TEMPLATE_SM();
 
   char* getname() const noexcept { return name; }
+
+  /// Writes the record of a compressed file. Always 1.
+  unsigned char writeme(UT_PTRFILE* file) const;
+
+  /// Reads such a record. Former offset maps are released; runs of the index map that the record does not
+  /// mention stay, so read into a new wire template. Always 1: what is cut off reads as zeros, and the stream
+  /// remembers it. Offset maps need not be as many as the index map refers to.
+  unsigned char readme(UT_PTRFILE* file);
 };

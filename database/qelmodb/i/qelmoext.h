@@ -49,6 +49,13 @@ struct fault {
   BX_API std::string text() const;
 };
 
+/// A part of a file.
+struct file_section {
+  const char* name;     ///< such as "name table"
+  std::int64_t offset;  ///< of its first byte
+  std::int64_t bytes;
+};
+
 struct check_options {
   /// Faults of one severity beyond this number are counted, but not described.
   std::size_t most_faults = 100;
@@ -59,15 +66,16 @@ struct check_report {
   form file_form = form::text;
   content file_content = content::database;
   std::int64_t bytes = 0;
-  std::int64_t instances = 0;  ///< root included
-  std::int64_t wires = 0;
+  std::int64_t instances = 0;     ///< root included
+  std::int64_t wires = 0;         ///< of a compressed file those that its templates give to its instances
   std::int64_t names = 0;         ///< entries of the name table; 0 where the form has none
   std::int64_t depth = 0;         ///< of the deepest instance; the root has 0
   std::int64_t dollar_wires = 0;  ///< wires whose name holds a "$", which loading replaces by the separator
   std::int64_t errors = 0;
   std::int64_t warnings = 0;
   std::int64_t notes = 0;
-  std::vector<fault> faults;  ///< in the order of the file
+  std::vector<fault> faults;           ///< in the order of the file
+  std::vector<file_section> sections;  ///< as far as the file could be made sense of, in its order, without gaps
 
   /// Loading gives true and exactly what the file says.
   bool loadable() const noexcept { return errors == 0; }
@@ -94,8 +102,9 @@ BX_API content detect_content(std::string_view bytes);
 /// runs out.
 BX_API bool load(BX_DB& db, UT_PTRFILE& file, content what);
 
-/// Writes the database to the stream, as BX_DB::dump and dumpgrid do; the caller commits the stream. False
-/// when the stream failed, and for the compressed form, which this version does not write.
+/// Writes the database to the stream, as BX_DB::dump, dumpgrid and dumpcompress do; the caller commits the stream.
+/// False when the stream failed. The compressed form is one of databases that were compressed: false for any other,
+/// and for grids.
 BX_API bool dump(const BX_DB& db, UT_PTRFILE& file, form as, content what);
 
 /// Something that a file of a form could not hold.
@@ -105,8 +114,10 @@ struct objection {
 };
 
 /// What would not come back from a file of this form: names that are too long, hold a double quote (in
-/// text), are missing, or are no strings of the name table (in binary database files). Empty when
-/// everything would. At most most objections are described; the rest is left out.
+/// text), are missing, or are no strings of the name table (in binary and compressed database files), and what
+/// qelmocompress.h calls losses (in compressed ones). Empty when everything would. Names count as they stand: see
+/// BX_INSTANCE::setseparator for what reading does to a "$". At most most objections are described; the rest is left
+/// out.
 BX_API std::vector<objection> dump_objections(const BX_DB& db, form as, content what, std::size_t most = 100);
 
 // ---- building large trees

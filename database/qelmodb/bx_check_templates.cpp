@@ -1,0 +1,241 @@
+// SPDX-FileCopyrightText: The qelmodb authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "bx_check_templates.h"
+
+#include <algorithm>
+
+#include "bx_check_tree.h"
+#include "bx_delta_coding.h"
+
+using qelmodb::severity;
+
+namespace {
+
+/// A layout while it is read.
+struct layout_in_hand {
+  std::string_view name;
+  std::uint16_t numwires = 0;
+  std::vector<bx_checked_wire> wires;
+};
+
+void keep_highest(bx_checked_number& highest, const bx_checked_number& number) {
+  if (highest.at == 0 || number.value > highest.value) highest = number;
+}
+
+}  // namespace
+
+// The record goes on behind these faults.
+bool bx_template_checker::warn(std::size_t at, std::string message) {
+  context_.add(severity::warning, at, std::move(message));
+  return true;
+}
+
+bool bx_template_checker::object(std::size_t at, std::string message) {
+  context_.add(severity::error, at, std::move(message));
+  return true;
+}
+
+bool bx_template_checker::field(const char* label, std::uint16_t& value) {
+  const char* bytes = take(label, 2);
+  if (bytes != nullptr) value = static_cast<std::uint16_t>(bx_decode(bytes, 2));
+  return bytes != nullptr;
+}
+
+bool bx_template_checker::field(const char* label, bx_checked_number& number) {
+  number.at = context_.at();
+  return field(label, number.value);
+}
+
+bool bx_template_checker::flag(const char* label, bx_checked_number& number) {
+  if (!field(label, number)) return false;
+  return number.value <= 1 ||
+         warn(number.at, neoform("the flag \"%s\" is %d, which is read as 1", label, number.value));
+}
+
+bool bx_template_checker::array_count(const char* label, std::uint16_t& count, int least_size) {
+  const std::size_t start = context_.at();
+  return field(label, count) && context_.justified(start, label, count, least_size);
+}
+
+// ---- range maps
+
+bool bx_template_checker::run_start(const char* label, bx_checked_runs& runs) {
+  bx_checked_number start;
+  if (!field(label, start)) return false;
+  if (runs.count++ == 0) {
+    runs.first_start = start;
+  } else if (start.value <= runs.last_start.value) {
+    object(start.at, neoform("the run that starts at %d stands behind one that starts at %d", start.value,
+                             runs.last_start.value));
+  }
+  runs.last_start = start;
+  return true;
+}
+
+bool bx_template_checker::entries(const char* label, const char* key_label, const char* value_label,
+                                  bx_checked_index_runs& runs) {
+  constexpr int entry_size = 4;
+  std::uint16_t count = 0;
+  return array_count(label, count, entry_size) && each(count, [&](int /*i*/) {
+           bx_checked_number value;
+           if (!run_start(key_label, runs) || !field(value_label, value)) return false;
+           keep_highest(runs.highest, value);
+           return true;
+         });
+}
+
+bool bx_template_checker::entries(const char* label, const char* key_label, const char* value_label,
+                                  bx_checked_runs& runs) {
+  constexpr int entry_size = 10;
+  std::uint16_t count = 0;
+  return array_count(label, count, entry_size) &&
+         each(count, [&](int /*i*/) { return run_start(key_label, runs) && take(value_label, 8) != nullptr; });
+}
+
+void bx_template_checker::check_runs(const bx_checked_number& size, const bx_checked_runs& runs,
+                                     const std::string& of) {
+  if (size.value > 0 && runs.count == 0) {
+    object(size.at, of + neoform(" has a size of %d, but no runs", size.value));
+  } else if (size.value > 0 && runs.first_start.value != 0) {
+    object(runs.first_start.at, of + neoform(" has no run for 0; the first starts at %d", runs.first_start.value));
+  }
+  if (runs.count > 0 && runs.last_start.value >= size.value) {
+    warn(runs.last_start.at,
+         of + neoform(" has a run that starts at %d, beyond its size of %d", runs.last_start.value, size.value));
+  }
+}
+
+void bx_template_checker::check_wire_template(const bx_checked_wire_template& wire) {
+  if (wire.span_dir.value > 2) {
+    warn(wire.span_dir.at, neoform("the span direction is %d, which is read as 2", wire.span_dir.value));
+  }
+  const bool by_column = wire.span_dir.value == 1;
+  check_runs(wire.index_map.size, wire.index_map.ranges, "the index map");
+  sizes_.push_back({wire.index_map.size, by_column});
+  const bx_checked_number& highest = wire.index_map.ranges.highest;
+  if (wire.index_map.ranges.count > 0 && highest.value >= wire.num_offset_map) {
+    object(highest.at,
+           neoform("the index map leads to offset map %d, but there are %d", highest.value, wire.num_offset_map));
+  }
+  for (std::size_t k = 0; k < wire.offset_maps.size(); ++k) {
+    check_runs(wire.offset_maps[k].size, wire.offset_maps[k].ranges, neoform("offset map %zu", k));
+    sizes_.push_back({wire.offset_maps[k].size, !by_column});
+  }
+}
+
+void bx_template_checker::check_sizes() {
+  const std::size_t columns = set_.colmap.coordinates.size();
+  const std::size_t rows = set_.rowmap.coordinates.size();
+  for (const pending_size& pending : sizes_) {
+    const std::size_t wanted = pending.by_column ? columns : rows;
+    if (pending.size.value == wanted) continue;
+    object(pending.size.at, neoform("a range map has a size of %d, but there are %zu %s", pending.size.value, wanted,
+                                    pending.by_column ? "columns" : "rows"));
+  }
+  sizes_.clear();
+}
+
+// ---- the set of switch matrices
+
+bool bx_template_checker::wire_lists(bx_checked_set& set) {
+  std::uint16_t count = 0;
+  if (!array_count("wire list count", count, 2)) return false;
+  std::size_t entries = 0;
+  const bool sized = each(count, [&](int /*i*/) {
+    const std::size_t start = context_.at();
+    std::uint16_t wires = 0;
+    if (!field("wire count", wires)) return false;
+    set.list_sizes.push_back(wires);
+    entries += wires;
+    if (entries <= context_.left() / 2) return true;
+    return context_.fail(
+        start, neoform("the wire lists up to here have %zu wires, but the %zu bytes left hold at most %zu", entries,
+                       context_.left(), context_.left() / 2));
+  });
+  if (!sized) return false;
+  for (std::size_t i = 0; i < entries; ++i) {
+    bx_checked_number entry;
+    if (!field("wire template", entry)) return false;
+    keep_highest(set.highest_entry, entry);
+  }
+  return true;
+}
+
+bool bx_template_checker::entries(const char* label, const char* key_label, const char* value_label,
+                                  bx_checked_lines& lines) {
+  constexpr int entry_size = 6;
+  std::uint16_t count = 0;
+  bx_long last = 0;
+  return array_count(label, count, entry_size) && each(count, [&](int i) {
+           const std::size_t start = context_.at();
+           bx_long coordinate = 0;
+           bx_checked_number line;
+           if (!number(key_label, coordinate) || !field(value_label, line)) return false;
+           if (i > 0 && coordinate <= last) {
+             object(start,
+                    neoform("the %s at %s = %d stands behind that at %d", value_label, key_label, coordinate, last));
+           }
+           if (line.value != i) {
+             object(line.at, neoform("the %s at %s = %d has the number %d instead of %d", value_label, key_label,
+                                     coordinate, line.value, i));
+           }
+           last = coordinate;
+           lines.coordinates.insert(coordinate);
+           return true;
+         });
+}
+
+bool bx_template_checker::templates() {
+  if (!bx_describe_matrix_set(*this, set_)) return false;
+  context_.end_section("columns and rows");
+  if (set_.highest_entry.at != 0 && set_.highest_entry.value >= set_.num_wire_template) {
+    object(set_.highest_entry.at, neoform("a wire list has the wire template %d, but there are %d",
+                                          set_.highest_entry.value, set_.num_wire_template));
+  }
+  check_sizes();
+
+  const std::size_t start = context_.at();
+  bx_long count = 0;
+  if (!number("template count", count)) return false;
+  if (!context_.justified(start, "template count", count, bx_least_layout_size)) return false;
+  for (bx_long i = 0; i < count; ++i) {
+    context_.part = neoform("template %d", i);
+    bx_checked_layout known;
+    if (!layout(known)) return false;
+    layouts_.push_back(known);
+  }
+  context_.part.clear();
+  context_.end_section("templates");
+  return true;
+}
+
+// ---- layouts
+
+bool bx_template_checker::delta_wire(bx_checked_wire& wire) {
+  wire.at = context_.at();
+  if (!reference(wire.name, false)) return false;
+  const std::size_t codes_at = context_.at();
+  const char* byte = take("the codes of a wire", 1);
+  if (byte == nullptr) return false;
+  const unsigned codes = static_cast<unsigned char>(*byte);
+  if (codes > 15) warn(codes_at, neoform("the byte of codes is %02X; its upper four bits are not looked at", codes));
+  for (const bx_delta_code code : {bx_delta_x_code(codes), bx_delta_y_code(codes)}) {
+    if (bx_delta_size(code) != 0 && take("a wire's node", static_cast<std::size_t>(bx_delta_size(code))) == nullptr) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool bx_template_checker::layout(bx_checked_layout& known) {
+  layout_in_hand layout;
+  if (!bx_describe_layout(*this, layout)) return false;
+  bx_wire_order_check order(context_);
+  known = {layout.name, layout.numwires, 0};
+  for (const bx_checked_wire& wire : layout.wires) {
+    order.next(wire.at, wire.name);
+    if (wire.name.find('$') != std::string_view::npos) ++known.dollar_wires;
+  }
+  return true;
+}

@@ -1,0 +1,145 @@
+// SPDX-FileCopyrightText: The qelmodb authors
+// SPDX-License-Identifier: Apache-2.0
+
+// Why compressing would end the process: the same steps, without changing anything.
+#include <map>
+#include <set>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "bx_access.h"
+#include "bx_order.h"
+#include "bx_path_tracker.h"
+#include "bx_template_faults.h"
+#include "bx_template_index.h"
+#include "bx_tileiterator.h"
+#include "qelmocompress.h"
+#include "qelmotmplt.h"
+
+namespace qelmodb {
+namespace {
+
+bool is_matrix(const BX_INSTANCE& inst) { return bx_compare_names(inst.name, BASIC_ASS_NAME) == 0; }
+
+class compression_survey {
+ public:
+  explicit compression_survey(const BX_DB& db) : db_(db) {}
+
+  std::vector<objection> objections(std::size_t most) {
+    collect_matrices();
+    if (!matrices_.empty()) look_at_matrices();
+    look_at_layouts();
+    return in_tree_order(most);
+  }
+
+ private:
+  void object(const BX_INSTANCE* inst, std::string reason) { reasons_[inst].push_back(std::move(reason)); }
+
+  void collect_matrices() {
+    BX_TILEITERATOR below(const_cast<BX_DB*>(&db_));
+    while (BX_INSTANCE* inst = below.getnext()) {
+      if (!is_matrix(*inst)) continue;
+      if (model_ == nullptr || inst->getnumwires() > model_->getnumwires()) model_ = inst;
+      matrices_.push_back(inst);
+    }
+  }
+
+  void look_at_matrices() {
+    for (const BX_WIRE& wire : model_->wires) model_names_.insert(wire.name);
+    const std::vector<BX_INSTANCE*> tiles = tiles_in_order();
+    bx_wire_list_index lists(nothing_);
+    int count = 0;
+    for (const BX_INSTANCE* inst : tiles) {
+      if (lists.find(*inst) >= 0) continue;
+      look_at_names(*inst);
+      lists.add(*inst, static_cast<std::uint16_t>(static_cast<bx_ulong>(inst->getnumwires())), count);
+      if (count++ == bx_most_template_index + 1) {
+        object(inst, neoform("needs a wire list beyond the %d that there can be", bx_most_template_index + 1));
+      }
+    }
+    for (const BX_INSTANCE* inst : matrices_) {
+      if (lists.find(*inst) >= 0) continue;
+      object(inst,
+             inst->getnumwires() > static_cast<bx_long>(bx_most_list_wires)
+                 ? neoform("switch matrix of %d wires; a template holds %zu", inst->getnumwires(), bx_most_list_wires)
+                 : "switch matrix with wires like no other, hidden behind another one at the same place");
+    }
+  }
+
+  /// By column, then row; of several at one place the last.
+  std::vector<BX_INSTANCE*> tiles_in_order() {
+    std::map<std::pair<bx_long, bx_long>, BX_INSTANCE*> places;
+    std::set<bx_long> columns;
+    std::set<bx_long> rows;
+    for (BX_INSTANCE* inst : matrices_) {
+      places[{inst->xmin, inst->ymin}] = inst;
+      columns.insert(inst->xmin);
+      rows.insert(inst->ymin);
+    }
+    for (const auto& [what, lines] : {std::pair("columns", &columns), std::pair("rows", &rows)}) {
+      if (lines->size() <= bx_most_in_set) continue;
+      object(&db_, neoform("%zu %s of switch matrices; a template set holds %zu", lines->size(), what, bx_most_in_set));
+    }
+    std::vector<BX_INSTANCE*> tiles;
+    tiles.reserve(places.size());
+    for (const auto& [place, inst] : places) tiles.push_back(inst);
+    return tiles;
+  }
+
+  /// The build knows wires by their strings, not by their texts.
+  void look_at_names(const BX_INSTANCE& inst) {
+    for (const BX_WIRE& wire : inst.wires) {
+      if (model_names_.count(wire.name) != 0) continue;
+      object(&inst, "wire \"" + std::string(ut_text(wire.name)) +
+                        "\" of a switch matrix, which the one with most wires, at " +
+                        std::string(neoform("(%d, %d)", model_->xmin, model_->ymin)) + ", lacks");
+    }
+  }
+
+  void look_at_layouts() {
+    std::vector<std::unique_ptr<ASS_TEMPLATE>> made;
+    std::vector<ASS_TEMPLATE*> layouts = db_.asstemplates;
+    bx_template_index index(layouts);
+    bx_walk(db_, [&](const BX_INSTANCE& inst, bx_long depth) {
+      if ((depth > 0 && is_matrix(inst)) || index.find(inst) >= 0) return true;
+      if (layouts.size() > static_cast<std::size_t>(bx_most_template_index)) {
+        object(&inst, neoform("needs a template beyond the %d that there can be", bx_most_template_index + 1));
+        return false;
+      }
+      made.push_back(bx_template_of(inst));
+      layouts.push_back(made.back().get());
+      return true;
+    });
+  }
+
+  std::vector<objection> in_tree_order(std::size_t most) {
+    std::vector<objection> found;
+    if (reasons_.empty()) return found;
+    bx_path_tracker path;
+    bx_walk(db_, [&](const BX_INSTANCE& inst, bx_long depth) {
+      path.enter(inst, depth);
+      const auto here = reasons_.find(&inst);
+      if (here == reasons_.end()) return true;
+      for (std::string& reason : here->second) {
+        if (found.size() < most) found.push_back({path.text(), std::move(reason)});
+      }
+      return found.size() < most;
+    });
+    return found;
+  }
+
+  const BX_DB& db_;
+  const BASIC_ASS_TEMPLATE nothing_;
+  std::vector<BX_INSTANCE*> matrices_;  // in tree order
+  const BX_INSTANCE* model_ = nullptr;
+  std::unordered_set<const char*> model_names_;
+  std::unordered_map<const BX_INSTANCE*, std::vector<std::string>> reasons_;
+};
+
+}  // namespace
+
+std::vector<objection> compression_objections(const BX_DB& db, std::size_t most) {
+  return compression_survey(db).objections(most);
+}
+
+}  // namespace qelmodb

@@ -1,0 +1,229 @@
+// SPDX-FileCopyrightText: The qelmodb authors
+// SPDX-License-Identifier: Apache-2.0
+
+// Compressed files: made from others, made into others, and taken by every command.
+#include "bxdb_runner.h"
+#include "qelmocompress.h"
+
+namespace {
+
+using namespace test;
+
+/// The small database with names that come back from a compressed file.
+std::string plain_text() { return replaced(replaced(small_text(), "A$1", "A1"), "A$2", "A2"); }
+
+class BxdbCompressed : public ToolTest {
+ protected:
+  void generate(const std::string& name, const std::string& form) const {
+    expect(0, {"generate", file(name), "--columns", "12", "--rows", "9", "--wires", "30", "--form", form});
+  }
+
+  /// A generated device in binary and, made of that, in compressed form.
+  void make_both() {
+    generate("device.bxd", "binary");
+    binary_ = file("device.bxd");
+    compressed_ = file("small.bxd");
+    expect(0, {"convert", binary_, compressed_, "--form", "compressed"});
+  }
+
+  /// Runs the line for both; "FILE" in it stands for the database. They must print and end alike.
+  void expect_alike(int status, const words& line) const {
+    const auto run_on = [&](const std::string& db) {
+      words named = line;
+      for (std::string& word : named) {
+        if (word == "FILE") word = db;
+      }
+      return expect(status, named);
+    };
+    const outcome of_binary = run_on(binary_);
+    outcome of_compressed = run_on(compressed_);
+    for (std::size_t at = 0; (at = of_compressed.out.find(compressed_, at)) != std::string::npos;) {
+      of_compressed.out.replace(at, compressed_.size(), binary_);
+    }
+    EXPECT_FALSE(of_binary.out.empty()) << line[0];
+    EXPECT_TRUE(of_binary.out == of_compressed.out) << line[0];
+  }
+
+  std::string binary_;
+  std::string compressed_;
+};
+
+TEST_F(BxdbCompressed, TextToBinaryToCompressedToTextGivesTheSameBytes) {
+  const std::string db = made("a.bxd", plain_text());
+  expect(0, {"convert", db, file("b.bxd"), "--form", "binary"});
+  const outcome quiet = expect(0, {"convert", file("b.bxd"), file("c.bxd"), "--form", "compressed"});
+  EXPECT_EQ(quiet.out + quiet.err, "");
+  EXPECT_EQ(read_file(file("c.bxd")).substr(0, 8), "BX_DB:C\n");
+  expect(0, {"convert", file("c.bxd"), file("d.bxd"), "--form", "text"});
+  EXPECT_EQ(read_file(file("d.bxd")), plain_text());
+}
+
+TEST_F(BxdbCompressed, EveryFormLeadsToEveryOther) {
+  const words forms = {"text", "binary", "compressed"};
+  for (const std::string& form : forms) {
+    generate(form, form);
+    EXPECT_EQ(json_of(0, {"info", file(form)})["form"], form);
+    EXPECT_EQ(json_of(0, {"check", file(form)})["sound"], true);
+  }
+  for (const std::string& from : forms) {
+    for (const std::string& to : forms) {
+      expect(0, {"convert", file(from), file("out.bxd"), "--form", to});
+      EXPECT_EQ(json_of(0, {"check", file("out.bxd")})["form"], to);
+      expect(0, {"diff", file("text"), file("out.bxd")});
+    }
+  }
+}
+
+TEST_F(BxdbCompressed, TheFileIsMuchSmallerAndGivesTheSameTree) {
+  make_both();
+  EXPECT_LT(3 * std::filesystem::file_size(compressed_), std::filesystem::file_size(binary_));
+  const separator kept('$');
+  BX_DB a;
+  BX_DB b;
+  ASSERT_TRUE(a.load(binary_.c_str()));
+  ASSERT_TRUE(b.load(compressed_.c_str()));
+  EXPECT_TRUE(qelmodb::same_tree(a, b, qelmodb::content::database));
+}
+
+TEST_F(BxdbCompressed, OutputsArePackedAsTheirNamesSay) {
+  make_both();
+  for (const auto& [name, packing] : {std::pair("p.bxd.gz", "gzip"), std::pair("p.bxd.zst", "zstd")}) {
+    expect(0, {"convert", binary_, file(name), "--form", "compressed"});
+    const nlohmann::json info = json_of(0, {"info", file(name)});
+    EXPECT_EQ(info["form"], "compressed");
+    EXPECT_EQ(info["packing"], packing);
+    EXPECT_LT(info["bytes_on_disk"], info["bytes"]);
+    expect(0, {"diff", binary_, file(name)});
+    expect(0, {"generate", file(name), "--columns", "12", "--rows", "9", "--wires", "30", "--form", "compressed"});
+    expect(0, {"diff", binary_, file(name)});
+  }
+}
+
+TEST_F(BxdbCompressed, AFileCanReplaceItself) {
+  const std::string db = made("a.bxd", plain_text());
+  for (const char* form : {"compressed", "compressed", "text"}) expect(0, {"convert", db, db, "--form", form});
+  EXPECT_EQ(read_file(db), plain_text());
+}
+
+TEST_F(BxdbCompressed, EveryReadingCommandTellsTheSameAsOfTheBinaryFile) {
+  make_both();
+  const std::string npd = file("device.npd");
+  expect_alike(0, {"print", "FILE"});
+  expect_alike(0, {"print", "--grid", "FILE"});
+  expect_alike(0, {"find", "FILE", "BASIC_ASS", "--json"});
+  expect_alike(0, {"find", "FILE", "J0", "--wires"});
+  expect_alike(0, {"at", "FILE", "150", "250"});
+  expect_alike(0, {"at", "FILE", "110", "210", "--wire", "J0"});
+  expect_alike(0, {"grid", "FILE", "BASIC_ASS", "--device", npd});
+  expect_alike(0, {"grid", "FILE", "BASIC_ASS", "--device", npd, "--extrema"});
+  expect_alike(0, {"grid", "FILE", "--device", npd, "--json"});
+  expect_alike(0, {"diff", "FILE", binary_});
+}
+
+TEST_F(BxdbCompressed, ItsInfoAndCheckHaveTheSameCounts) {
+  make_both();
+  nlohmann::json info = json_of(0, {"info", compressed_});
+  const nlohmann::json of_binary = json_of(0, {"info", binary_});
+  for (const char* key : {"root", "instances", "wires", "names", "depth", "basic_ass", "basic_ass_wires", "box"}) {
+    EXPECT_EQ(info[key], of_binary[key]) << key;
+  }
+  const nlohmann::json check = json_of(0, {"check", compressed_});
+  for (const char* key : {"instances", "wires", "depth"}) EXPECT_EQ(check[key], of_binary[key]) << key;
+  EXPECT_EQ(check["form"], "compressed");
+}
+
+TEST_F(BxdbCompressed, AnotherTreeIsDifferent) {
+  const std::string db = made("a.bxd", plain_text());
+  const std::string other = made("b.bxd", replaced(plain_text(), "(7, 8)", "(7, 9)"));
+  expect(0, {"convert", other, file("c.bxd"), "--form", "compressed"});
+  EXPECT_TRUE(holds(expect(1, {"diff", db, file("c.bxd")}).out, "wire moved chip/LEFT/BASIC_ASS/J0 (7, 8) -> (7, 9)"));
+}
+
+TEST_F(BxdbCompressed, AGridFileIsRefused) {
+  BX_DB tree;
+  ASSERT_TRUE(tree.load(made("a.bxd", plain_text()).c_str()));
+  ASSERT_TRUE(tree.dumpgrid(file("a.bxg").c_str(), false));
+  const std::string expected = "bxdb: " + file("a.bxg") + ": a grid file has no compressed form; it holds no wires\n";
+  EXPECT_EQ(expect(2, {"convert", file("a.bxg"), file("b.bxg"), "--form", "compressed"}).err, expected);
+  EXPECT_FALSE(std::filesystem::exists(file("b.bxg")));
+  EXPECT_EQ(expect(2, {"explain", file("a.bxg")}).err, expected);
+  expect(2, {"convert", file("a.bxd"), file("b.bxg"), "--form", "compressed"});
+  EXPECT_FALSE(std::filesystem::exists(file("b.bxg")));
+  expect(2, {"generate", file("c.bxg"), "--form", "compressed"});
+  EXPECT_FALSE(std::filesystem::exists(file("c.bxg")));
+}
+
+TEST_F(BxdbCompressed, AFullDiskIsNamedAndIsAFailure) {
+  const outcome full = expect(2, {"convert", made("a.bxd", plain_text()), "/dev/full", "--form", "compressed"});
+  EXPECT_TRUE(holds(full.err, "/dev/full: cannot write: No space left on device")) << full.err;
+}
+
+TEST_F(BxdbCompressed, OneCutOffAnywhereIsInvalidAndNamesThePlace) {
+  expect(0, {"convert", made("a.bxd", plain_text()), file("c.bxd"), "--form", "compressed"});
+  const std::string whole = read_file(file("c.bxd"));
+  for (std::size_t length = 8; length < whole.size(); length += 11) {
+    const std::string db = made("cut.bxd", whole.substr(0, length));
+    EXPECT_TRUE(holds(expect(1, {"check", db}).out, db + ": error: byte ")) << length;
+    expect(2, {"info", db});
+    expect(2, {"explain", db});
+  }
+}
+
+// ---- trees that are larger than their files
+
+TEST_F(BxdbCompressed, OneWhoseTreeIsBeyondTheSizeLimitIsRefusedBeforeItIsLoaded) {
+  make_both();
+  const nlohmann::json check = json_of(0, {"check", compressed_});
+  const auto instances = check["instances"].get<std::int64_t>();
+  const auto wires = check["wires"].get<std::int64_t>();
+  const std::int64_t size = 32 * instances + 16 * wires;
+  ASSERT_LT(check["bytes"], size);
+  const std::string less = std::to_string(size - 1);
+  const std::string expected = "bxdb: " + compressed_ + ": not loaded: " + std::to_string(instances) +
+                               " instances with " + std::to_string(wires) + " wires take " + std::to_string(size) +
+                               " bytes in binary form, more than " + less + "; see --max-size\n";
+  for (const words& line : std::vector<words>{{"info", compressed_},
+                                              {"print", compressed_},
+                                              {"convert", compressed_, file("out.bxd"), "--form", "text"},
+                                              {"find", compressed_, "J0"},
+                                              {"at", compressed_, "1", "1"},
+                                              {"grid", compressed_},
+                                              {"explain", compressed_},
+                                              {"diff", compressed_, compressed_}}) {
+    words limited = line;
+    limited.insert(limited.end(), {"--max-size", less});
+    const outcome refused = expect(2, limited);
+    EXPECT_EQ(refused.err, expected) << line[0];
+    EXPECT_EQ(refused.out, "");
+  }
+  EXPECT_FALSE(std::filesystem::exists(file("out.bxd")));
+  expect(0, {"info", compressed_, "--max-size", std::to_string(size)});
+  expect(0, {"check", compressed_, "--max-size", less});
+}
+
+TEST_F(BxdbCompressed, AMegabyteThatStandsForTwentyGigabytesIsRefusedWithoutBeingAsked) {
+  constexpr int wires = 60000;
+  constexpr int instances = 21000;
+  BX_DB tree("r", 0, 0, 0, instances);
+  auto* full = new BX_INSTANCE("T", 0, 0, 0, 1);
+  for (int k = 0; k < wires; ++k) {
+    const BX_WIRE wire("W", 0, 0);
+    full->addwire(&wire);
+  }
+  tree.addinstance(full);
+  qelmodb::intern_root_name(tree);
+  tree.compress();
+  for (int y = 1; y < instances; ++y) {
+    auto* like = new BX_INSTANCE("T", 0, y, 0, y + 1);
+    like->tmplt = full->tmplt;
+    tree.addinstance(like);
+  }
+  ASSERT_TRUE(tree.dumpcompress(file("c.bxd").c_str(), false));
+  EXPECT_LT(std::filesystem::file_size(file("c.bxd")), 1100000U);
+  const outcome refused = expect(2, {"info", file("c.bxd")});
+  EXPECT_TRUE(holds(refused.err, ": not loaded: 21001 instances with 1260000000 wires take 20160672032 bytes"))
+      << refused.err;
+  EXPECT_EQ(json_of(0, {"check", file("c.bxd")})["wires"], 1260000000);
+}
+
+}  // namespace
