@@ -10,10 +10,8 @@
 #include "bx_check_tree.h"
 #include "ut_filemanager.h"
 
-using qelmodb::check_report;
 using qelmodb::content;
 using qelmodb::form;
-using qelmodb::severity;
 
 namespace {
 

@@ -59,7 +59,7 @@ class bx_tree_checker {
     bx_long children = 0;
     if (!form_.count(bx_child_count_label, children)) return false;
     if (!context_.justified(counted_at, bx_child_count_label, children, form_.least_size())) return false;
-    path_.push_back({inst, children});
+    path_.push_back({box_of(inst), children});
     return true;
   }
 
@@ -83,8 +83,11 @@ class bx_tree_checker {
       context_.add(qelmodb::severity::note, start, "the rectangle sticks out of its parent's");
     }
     parent.has_child = true;
-    parent.last_child = inst;
+    parent.last_child = box_of(inst);
   }
+
+  /// What all forms have in common.
+  static bx_check_record box_of(const bx_check_record& inst) { return inst; }
 
   static bool contains(const bx_check_record& outer, const bx_check_record& inner) {
     return outer.xmin <= inner.xmin && inner.xmax <= outer.xmax && outer.ymin <= inner.ymin && inner.ymax <= outer.ymax;

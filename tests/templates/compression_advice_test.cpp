@@ -73,6 +73,22 @@ TEST_F(CompressionObjections, NameEachWireThatTheRichestSwitchMatrixLacks) {
   EXPECT_EQ(qelmodb::compression_objections(db, 1).size(), 1U);
 }
 
+TEST_F(CompressionObjections, NameWiresWhoseStringIsAnother) {
+  using test::instance_bytes;
+  using test::wire_bytes;
+  const std::string bytes = test::binary_line +
+                            test::table_bytes({{1, "D"}, {2, "BASIC_ASS"}, {3, "A"}, {4, "A"}, {5, "B"}}) +
+                            instance_bytes(1, {0, 0, 99, 99}, {},
+                                           {instance_bytes(2, {0, 0, 1, 1}, {wire_bytes(3, 0, 0), wire_bytes(5, 0, 1)}),
+                                            instance_bytes(2, {5, 0, 6, 1}, {wire_bytes(4, 5, 0)})});
+  BX_DB twice;
+  ASSERT_TRUE(test::loaded(twice, bytes));
+  EXPECT_EQ(objections_to(twice),
+            "D/BASIC_ASS: wire \"A\" of a switch matrix, which the one with most wires, at (0, 0), has from another "
+            "entry of the name table\n");
+  EXPECT_FALSE(compresses(twice));
+}
+
 TEST_F(CompressionObjections, NameSwitchMatricesThatAreHidden) {
   matrix(0, 0, {"A", "B"});
   matrix(5, 0, {"B"});
