@@ -21,14 +21,29 @@ UT_BASE_ARRAY::UT_BASE_ARRAY(const UT_BASE_ARRAY& other) : step_(other.step_) {
 }
 
 void UT_BASE_ARRAY::empty() noexcept {
-  std::free(data_);
+  if (owns_storage()) std::free(data_);
   data_ = nullptr;
   count_ = 0;
   capacity_ = 0;
+  step_ = std::abs(step_);
+}
+
+void UT_BASE_ARRAY::own(std::size_t size) {
+  if (owns_storage()) return;
+  void* copy = nullptr;
+  if (count_ != 0) {
+    copy = std::malloc(static_cast<std::size_t>(count_) * size);
+    if (copy == nullptr) throw std::bad_alloc();
+    std::memcpy(copy, data_, static_cast<std::size_t>(count_) * size);
+  }
+  data_ = copy;
+  capacity_ = count_;
+  step_ = -step_;
 }
 
 void UT_BASE_ARRAY::reserve_exactly(bx_long count, std::size_t size) {
   if (count <= capacity_) return;
+  own(size);
   void* larger = std::realloc(data_, static_cast<std::size_t>(count) * size);
   if (larger == nullptr) throw std::bad_alloc();
   data_ = larger;
@@ -38,7 +53,7 @@ void UT_BASE_ARRAY::reserve_exactly(bx_long count, std::size_t size) {
 void UT_BASE_ARRAY::grow_for(bx_long count, std::size_t size) {
   if (count_ == INT32_MAX) throw std::bad_alloc();
   // The step alone would make a million insertions quadratic, so growth is also proportional.
-  const std::int64_t stepped = std::int64_t{capacity_} + std::max<std::int64_t>(step_, capacity_ / 2);
+  const std::int64_t stepped = std::int64_t{capacity_} + std::max<std::int64_t>(std::abs(step_), capacity_ / 2);
   reserve_exactly(static_cast<bx_long>(std::min<std::int64_t>(std::max<std::int64_t>(stepped, count), INT32_MAX)),
                   size);
 }

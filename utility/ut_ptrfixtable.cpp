@@ -8,52 +8,53 @@
 
 #include "ut_hash.h"
 
-UT_PTRFIXTABLE::UT_PTRFIXTABLE() : seed_(ut_hash_seed()) {}
+UT_PTRFIXTABLE::UT_PTRFIXTABLE() : entries_{{0, nullptr}}, seed_(ut_hash_seed()) {}
 
-std::size_t UT_PTRFIXTABLE::home(std::uint64_t key) const noexcept {
-  return static_cast<std::size_t>(ut_hash(key, seed_)) & (slots_.size() - 1);
-}
-
-UT_PTRFIXTABLE::slot* UT_PTRFIXTABLE::find(std::uint64_t key) noexcept {
-  std::size_t at = home(key);
-  while (slots_[at].used && slots_[at].key != key) at = (at + 1) & (slots_.size() - 1);
-  return &slots_[at];
+// Where the number of the address's entry stands, or would stand.
+std::uint32_t& UT_PTRFIXTABLE::place_of(std::uint64_t old_address) noexcept {
+  const std::size_t mask = places_.size() - 1;
+  std::size_t at = static_cast<std::size_t>(ut_hash(old_address, seed_)) & mask;
+  while (places_[at] != 0 && entries_[places_[at]].old_address != old_address) at = (at + 1) & mask;
+  return places_[at];
 }
 
 void UT_PTRFIXTABLE::grow() {
-  std::vector<slot> old(std::max<std::size_t>(64, slots_.size() * 2));
-  old.swap(slots_);
-  for (const slot& entry : old) {
-    if (entry.used) *find(entry.key) = entry;
-  }
+  places_.assign(std::max<std::size_t>(64, places_.size() * 2), 0);
+  for (std::uint32_t i = 1; i < entries_.size(); ++i) place_of(entries_[i].old_address) = i;
 }
 
 void UT_PTRFIXTABLE::setnewaddr(std::uint64_t old_address, char* now) {
-  if ((used_ + 1) * 2 > slots_.size()) grow();
-  slot* place = find(old_address);
-  if (!place->used) ++used_;
-  *place = {old_address, now, true};
-  if (old_address == last_key_) last_ = now;
+  if (entries_.size() * 2 > places_.size()) grow();
+  std::uint32_t number = 0;
+  if (old_address != 0) {
+    std::uint32_t& place = place_of(old_address);
+    if (place == 0) {
+      entries_.push_back({old_address, now});
+      place = static_cast<std::uint32_t>(entries_.size() - 1);
+    }
+    number = place;
+  }
+  entries_[number].now = now;
+  entries_[number].settled = false;
 }
 
-char* UT_PTRFIXTABLE::resolve(std::uint64_t old_address, char** field) {
-  // Neighbouring records often name the same string.
-  if (last_ != nullptr && old_address == last_key_) return last_;
-  const slot* place = slots_.empty() ? nullptr : find(old_address);
-  if (place == nullptr || !place->used) {
-    if (old_address != 0) unresolved_.push_back(field);
+UT_PTRFIXTABLE::entry* UT_PTRFIXTABLE::search(std::uint64_t old_address, char** field) {
+  const std::uint32_t number = old_address == 0 || places_.empty() ? 0 : place_of(old_address);
+  if (number == 0 && old_address != 0) {
+    unresolved_.push_back(field);
     return nullptr;
   }
-  last_key_ = old_address;
-  last_ = place->now;
-  return last_;
+  entries_[last_].next = number;
+  last_ = number;
+  return &entries_[number];
 }
 
 void UT_PTRFIXTABLE::fixreference(char** field) {
   std::uint64_t old_address = 0;
   std::memcpy(&old_address, field, sizeof old_address);
   *field = nullptr;
-  *field = resolve(old_address, field);
+  const entry* known = resolve(old_address, field);
+  if (known != nullptr) *field = known->now;
 }
 
 char** UT_PTRFIXTABLE::checkptrs() const noexcept { return unresolved_.empty() ? nullptr : unresolved_.front(); }

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: The qelmodb authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What a database keeps about its strings beside the public name table: an index that finds a text
-// whatever the order of the table, and the strings and lists that nothing else holds but that must live as
-// long as the database.
+// What a database keeps beside its public fields: an index that finds a text of the name table whatever its order, the
+// strings and lists that nothing else holds but that must live as long as the database, and the storage of wires that
+// were loaded.
 #pragma once
 
 #include <cstdint>
@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "bx_db.h"
+#include "ut_slabs.h"
 
 class bx_compression_aids;
 
@@ -47,6 +48,12 @@ class bx_name_store {
 
   /// Moves all strings of the table to those kept, and empties it.
   void keep_table();
+
+  /// While a load is under way, where wires are stored; null otherwise.
+  UT_SLABS* slabs = nullptr;
+
+  /// The storage of wires that were loaded. The next load replaces it.
+  std::unique_ptr<UT_SLABS> loaded_wires;
 
   /// Borrowed; null unless the database is being compressed.
   bx_compression_aids* aids = nullptr;

@@ -18,10 +18,11 @@
 #include "ut_ptrfile.h"
 #include "ut_string.h"
 
-/// Replaces the first "$" of a name by the separator.
-inline void bx_cut_name(char* name, char separator) noexcept {
+/// Replaces the first "$" of a name by the separator. False when it has none.
+inline bool bx_cut_name(char* name, char separator) noexcept {
   char* dollar = name != nullptr ? std::strchr(name, '$') : nullptr;
   if (dollar != nullptr) *dollar = separator;
+  return dollar != nullptr;
 }
 
 /// How many of count records of at least this size can still come; a stream that does not know its length
@@ -73,11 +74,11 @@ class bx_text_reader {
     return true;
   }
 
-  bool wires(DARRAY_BX_WIRE& wires, bx_long count) {
-    wires.a_reserve(bx_justified(count, file_, bx_least_wire_size(bx_text_sizes)));
+  bool wires(BX_INSTANCE& inst, bx_long count) {
+    bx_access::reserve_wires(inst, bx_justified(count, file_, bx_least_wire_size(bx_text_sizes)));
     const BX_WIRE fresh;
     for (bx_long i = 0; i < count; ++i) {
-      if (!bx_describe_wire(*this, wires[wires.a_add(&fresh)])) return false;
+      if (!bx_describe_wire(*this, inst.wires[inst.wires.a_add(&fresh)])) return false;
     }
     return true;
   }
@@ -130,14 +131,15 @@ class bx_reference_reader {
   void set_separator(char separator) { separator_ = separator; }
 
   bool begin(const bx_record_kind& kind) {
-    cut_ = kind.cut_names;
+    cut_ = kind.cut_names && separator_ != '$';
     return true;
   }
   template <class Object>
   bool name(Object& object) {
-    reference(object.name);
+    UT_PTRFIXTABLE::entry* known = reference(object.name);
     object.nameborrowed = true;
-    if (cut_) bx_cut_name(object.name, separator_);
+    // Most names have no "$" and are read again and again: they are searched for one once.
+    if (cut_ && known != nullptr && !known->settled) known->settled = !bx_cut_name(known->now, separator_);
     return true;
   }
   bool pair(const char* /*a*/, bx_long& first, const char* /*b*/, bx_long& second) {
@@ -152,10 +154,13 @@ class bx_reference_reader {
     return true;
   }
 
-  /// The string that a reference stands for; null when it is cut off or not explained.
-  void reference(char*& string) {
+  /// Reads a reference and gives its entry, and the string that it stands for; null when it is cut off or not
+  /// explained.
+  UT_PTRFIXTABLE::entry* reference(char*& string) {
     const char* bytes = source_.take(8);
-    string = bytes != nullptr ? fixtable_.resolve(bx_decode(bytes, 8), &string) : nullptr;
+    UT_PTRFIXTABLE::entry* known = bytes != nullptr ? fixtable_.resolve(bx_decode(bytes, 8), &string) : nullptr;
+    string = known != nullptr ? known->now : nullptr;
+    return known;
   }
 
  private:
@@ -209,7 +214,8 @@ class bx_binary_reader : protected bx_stream_source, public bx_reference_reader<
   }
 
   /// Reads blocks of whole records, then what is left one by one.
-  bool wires(DARRAY_BX_WIRE& wires, bx_long count) {
+  bool wires(BX_INSTANCE& inst, bx_long count) {
+    DARRAY_BX_WIRE& wires = inst.wires;
     constexpr std::size_t record = bx_least_wire_size(bx_binary_sizes);
     constexpr bx_long block_records = UT_STREAM::max_block / record;
     for (bx_long done = 0; done < count;) {
@@ -221,7 +227,7 @@ class bx_binary_reader : protected bx_stream_source, public bx_reference_reader<
         const BX_WIRE fresh;
         return bx_describe_wire(*this, wires[wires.a_add(&fresh)]);
       }
-      make_room(wires, count, done + whole);
+      make_room(inst, count, done + whole);
       bx_block_source source(block);
       bx_reference_reader<bx_block_source> reader(source, file_.fixtable(), bx_access::separator());
       wires.getaddr(done + whole - 1);
@@ -239,10 +245,10 @@ class bx_binary_reader : protected bx_stream_source, public bx_reference_reader<
   BX_DB* child_top(const BX_INSTANCE& parent) const noexcept { return parent.top; }
 
  private:
-  void make_room(DARRAY_BX_WIRE& wires, bx_long count, bx_long needed) {
-    const bx_long justified =
-        wires.getcount() + bx_justified(count - wires.getcount(), file_, bx_least_wire_size(bx_binary_sizes));
-    wires.a_reserve(std::max(needed, justified));
+  void make_room(BX_INSTANCE& inst, bx_long count, bx_long needed) {
+    const bx_long held = inst.wires.getcount();
+    const bx_long justified = held + bx_justified(count - held, file_, bx_least_wire_size(bx_binary_sizes));
+    bx_access::reserve_wires(inst, std::max(needed, justified));
   }
 
   UT_PTRFILE& file_;
@@ -274,7 +280,7 @@ class bx_binary_grid_reader {
     number(value);
     return true;
   }
-  bool wires(DARRAY_BX_WIRE& /*wires*/, bx_long /*count*/) { return true; }
+  bool wires(BX_INSTANCE& /*inst*/, bx_long /*count*/) { return true; }
 
   void enter_children() noexcept {}
 
@@ -343,6 +349,6 @@ bool bx_read_tree(Reader& reader, BX_INSTANCE& root, bool with_wires) {
     if (!with_wires) return true;
     bx_long count = 0;
     reader.count(bx_wire_count_label, count);
-    return reader.wires(inst.wires, count);
+    return reader.wires(inst, count);
   });
 }

@@ -114,6 +114,7 @@ void BX_DB::release_content() {
   destroy_subtree();
   wires.empty();
   instances.empty();
+  store_->loaded_wires.reset();
   store_->keep_table();
   top = this;
   note_child_order();

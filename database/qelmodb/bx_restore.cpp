@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "bx_db.h"
+#include "bx_access.h"
 #include "bx_matrix_nodes.h"
 #include "bx_walk.h"
 #include "qelmotmplt.h"
@@ -177,7 +177,10 @@ bool restore_instance(bx_restorer& restorer, BX_INSTANCE& inst) {
   if (!restorer.select(inst)) return false;
   inst.name = restorer.name();
   const int count = restorer.wire_count();
-  if (count > 0) inst.wires.getaddr(count - 1);
+  if (count > inst.getnumwires()) {
+    bx_access::reserve_wires(inst, count);
+    inst.wires.getaddr(count - 1);
+  }
   bool good = true;
   for (int k = 0; k < count; ++k) {
     bx_restored_wire restored;

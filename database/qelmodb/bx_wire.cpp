@@ -4,23 +4,13 @@
 #include "bx_wire.h"
 
 #include <cstdlib>
-#include <limits>
 #include <new>
 
 #include "ut_string.h"
 
-namespace {
-
-constexpr bx_long no_position = std::numeric_limits<bx_long>::max();
-
-}  // namespace
-
 bx_long BX_WIRE::currentX = 0;
 bx_long BX_WIRE::currentY = 0;
 bool BX_WIRE::isCurrentXYSet = false;
-
-BX_WIRE::BX_WIRE() noexcept
-    : nodex(no_position), nodey(no_position), name(nullptr), nameborrowed(false), holder_(holder::client) {}
 
 BX_WIRE::BX_WIRE(const char* wire_name, bx_long x, bx_long y)
     : nodex(x), nodey(y), name(ut_strdup(wire_name)), nameborrowed(false), holder_(holder::client) {}

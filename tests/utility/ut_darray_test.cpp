@@ -52,6 +52,59 @@ TEST(DynamicArray, TakesAnyGrowthStep) {
   }
 }
 
+TEST(DynamicArray, LivesInBorrowedStorageUntilItGrowsBeyondIt) {
+  entry storage[3] = {};
+  array a(2);
+  a.a_borrow(storage, 3);
+  for (bx_long i = 0; i < 3; ++i) {
+    const entry e{i, i};
+    a.a_add(&e);
+  }
+  EXPECT_EQ(a.begin(), storage);
+  EXPECT_EQ(storage[2].key, 2);
+  const entry more{7, 7};
+  EXPECT_EQ(a.a_add(&more), 3);
+  EXPECT_NE(a.begin(), storage);
+  a[0].key = 99;
+  EXPECT_EQ(storage[0].key, 0) << "the array has moved";
+  EXPECT_EQ(content(a), (std::vector<std::pair<bx_long, bx_long>>{{99, 0}, {1, 1}, {2, 2}, {7, 7}}));
+}
+
+TEST(DynamicArray, LeavesBorrowedStorageAloneWhenEmptiedOrDestroyed) {
+  entry storage[3] = {{1, 1}, {2, 2}, {3, 3}};
+  {
+    array a;
+    a.a_borrow(storage, 3);
+    a.getaddr(2);
+    a.empty();
+    EXPECT_EQ(a.begin(), nullptr);
+    a.getaddr(1);  // storage of its own again
+    EXPECT_NE(a.begin(), storage);
+    a.a_borrow(storage, 3);  // too late
+    EXPECT_NE(a.begin(), storage);
+    array b;
+    b.a_borrow(storage, 3);
+  }
+  storage[0].key = 5;
+}
+
+TEST(DynamicArray, MovesOutOfBorrowedStorageOnRequest) {
+  entry storage[3] = {};
+  array a;
+  a.a_borrow(storage, 3);
+  a.a_own();
+  EXPECT_EQ(a.begin(), nullptr) << "nothing was in it";
+  a.a_borrow(storage, 3);
+  const entry e{4, 5};
+  a.a_add(&e);
+  a.a_own();
+  EXPECT_NE(a.begin(), storage);
+  const entry* own = a.begin();
+  a.a_own();
+  EXPECT_EQ(a.begin(), own);
+  EXPECT_EQ(content(a), (std::vector<std::pair<bx_long, bx_long>>{{4, 5}}));
+}
+
 TEST(DynamicArray, SortedInsertionPutsEqualElementsBehindEachOther) {
   array a;
   bx_long order = 0;

@@ -93,8 +93,8 @@ TEST(FixTable, ResolveAnswersAndRemembersTheField) {
   char* name = a;
   UT_PTRFIXTABLE table;
   table.setnewaddr(7, a);
-  EXPECT_EQ(table.resolve(7, &name), a);
-  EXPECT_EQ(table.resolve(7, &name), a);
+  EXPECT_EQ(table.resolve(7, &name)->now, a);
+  EXPECT_EQ(table.resolve(7, &name)->now, a);
   EXPECT_EQ(table.checkptrs(), nullptr);
   EXPECT_EQ(table.resolve(8, &name), nullptr);
   EXPECT_EQ(table.checkptrs(), &name);
@@ -107,8 +107,8 @@ TEST(FixTable, TakesAllAddressesIncludingTheExtremes) {
   table.setnewaddr(UINT64_MAX, a);
   table.setnewaddr(1, b);
   char* name = nullptr;
-  EXPECT_EQ(table.resolve(UINT64_MAX, &name), a);
-  EXPECT_EQ(table.resolve(1, &name), b);
+  EXPECT_EQ(table.resolve(UINT64_MAX, &name)->now, a);
+  EXPECT_EQ(table.resolve(1, &name)->now, b);
   EXPECT_EQ(table.resolve(UINT64_MAX - 1, &name), nullptr);
 }
 
@@ -121,7 +121,7 @@ TEST(FixTable, HoldsManyAddressesOfAnyPattern) {
     UT_PTRFIXTABLE table;
     for (std::uint64_t i = 0; i < count; ++i) table.setnewaddr((i + 1) * factor, &strings[i]);
     char* name = nullptr;
-    for (std::uint64_t i = 0; i < count; ++i) ASSERT_EQ(table.resolve((i + 1) * factor, &name), &strings[i]);
+    for (std::uint64_t i = 0; i < count; ++i) ASSERT_EQ(table.resolve((i + 1) * factor, &name)->now, &strings[i]);
     EXPECT_EQ(table.resolve((count + 7) * factor, &name), nullptr);
   }
 }

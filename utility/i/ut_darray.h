@@ -52,10 +52,14 @@ class BX_API UT_BASE_ARRAY {
   void reserve_exactly(bx_long count, std::size_t size);
   void grow_for(bx_long count, std::size_t size);
 
+  /// Moves out of storage that is not the array's own.
+  void own(std::size_t size);
+  bool owns_storage() const noexcept { return step_ > 0; }
+
   void* data_ = nullptr;
   bx_long count_ = 0;
   bx_long capacity_ = 0;
-  bx_long step_;
+  bx_long step_;  // negative while the storage is not the array's own
 };
 
 /// A dynamic array of T. T must survive being moved as bytes.
@@ -100,6 +104,18 @@ class UT_DARRAY : public UT_BASE_ARRAY {
   /// Makes storage for count elements without adding any, so that adding them moves nothing. Throws
   /// std::bad_alloc.
   void a_reserve(bx_long count) { reserve_exactly(count, sizeof(T)); }
+
+  /// The same in storage for count elements that somebody else owns and keeps for as long as the array does not
+  /// grow beyond it, is not emptied and not destroyed. Nothing happens to an array that has storage. See a_own.
+  void a_borrow(void* storage, bx_long count) noexcept {
+    if (data_ != nullptr) return;
+    data_ = storage;
+    capacity_ = count;
+    step_ = -step_;
+  }
+
+  /// Moves the elements out of borrowed storage. Throws std::bad_alloc.
+  void a_own() { own(sizeof(T)); }
 
   /// Appends a byte copy of the element and returns its index.
   bx_long a_add(const T* element) { return insert(count_, element); }

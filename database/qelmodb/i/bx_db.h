@@ -106,8 +106,9 @@ class BX_API BX_DB : public BX_INSTANCE {
   /// Loads a database file of any form, told by its first line. 0 when the file cannot be opened, is no
   /// database file (the message manager says so, and the file stays open with ut_file), is damaged, or memory
   /// runs out. On failure after the first line what was read stays in the database, whose former content is
-  /// gone; before that nothing changes. A damaged text file may end the process, see BX_INSTANCE::readme, and so
-  /// may a damaged compressed one, see BX_INSTANCE::restore; check_file in qelmoext.h tells beforehand.
+  /// gone, instances that were taken out of the tree by hand included; before that nothing changes. A damaged
+  /// text file may end the process, see BX_INSTANCE::readme, and so may a damaged compressed one, see
+  /// BX_INSTANCE::restore; check_file in qelmoext.h tells beforehand.
   ///
   /// When the environment variable KRT_LARGE_DESIGN is present, convert_hierarchy follows.
   unsigned char load(const char* filename);

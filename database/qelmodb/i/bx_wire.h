@@ -39,7 +39,8 @@ class BX_API BX_WIRE {
   // ---- make
 
   /// A wire without position (both coordinates 2147483647) and without name.
-  BX_WIRE() noexcept;
+  BX_WIRE()
+  noexcept : nodex(INT32_MAX), nodey(INT32_MAX), name(nullptr), nameborrowed(false), holder_(holder::client) {}
 
   /// A wire at (x, y) with a copy of the name of its own, which its destructor frees.
   BX_WIRE(const char* wire_name, bx_long x, bx_long y);

@@ -1,0 +1,109 @@
+// SPDX-FileCopyrightText: The qelmodb authors
+// SPDX-License-Identifier: Apache-2.0
+
+// Wires that were loaded share storage of their database. What clients do with them must not show that.
+#include <gtest/gtest.h>
+
+#include "../database/exposed.h"
+#include "qelmocompress.h"
+#include "record_bytes.h"
+
+namespace {
+
+using test::content;
+using test::form;
+
+class LoadedStorage : public testing::TestWithParam<form> {
+ protected:
+  LoadedStorage() {
+    BX_DB db("TOP", 0, 0, 99, 99);
+    for (int i = 0; i < 50; ++i) {
+      BX_INSTANCE* tile = test::add(db, "TILE", 0, 10 * i, 9, 10 * i + 9);
+      for (int k = 0; k < i; ++k) test::add_wire(*tile, ("W" + std::to_string(k)).c_str(), k, i);
+    }
+    qelmodb::intern_root_name(db);
+    db.compress();
+    bytes_ = test::dumped(db, GetParam());
+    text_ = test::text_of(db);
+  }
+
+  std::unique_ptr<BX_DB> load() const {
+    auto db = std::make_unique<BX_DB>();
+    EXPECT_TRUE(test::loaded(*db, bytes_));
+    EXPECT_EQ(test::text_of(*db), text_);
+    return db;
+  }
+
+  /// Takes child i out of the tree.
+  static BX_INSTANCE* take_out(BX_DB& db, bx_long i) {
+    BX_INSTANCE* child = db.instances[i];
+    db.instances[i] = nullptr;
+    return child;
+  }
+
+  std::string bytes_;
+  std::string text_;
+};
+
+TEST_P(LoadedStorage, GrowsLikeAnyOther) {
+  const std::unique_ptr<BX_DB> db = load();
+  BX_INSTANCE& tile = *db->getinstance(20);
+  const std::string before = test::text_of(*db->getinstance(21));
+  for (int i = 0; i < 100; ++i) test::add_wire(tile, "X", i, i);
+  EXPECT_EQ(tile.getnumwires(), 120);
+  EXPECT_STREQ(tile.wires[0].name, "W0");
+  EXPECT_EQ(tile.wires[119].nodex, 99);
+  EXPECT_EQ(test::text_of(*db->getinstance(21)), before) << "the neighbour in storage";
+}
+
+TEST_P(LoadedStorage, CanBeEmptiedAndFilledAgain) {
+  const std::unique_ptr<BX_DB> db = load();
+  BX_INSTANCE& tile = *db->getinstance(20);
+  tile.wires.empty();
+  test::add_wire(tile, "X", 1, 2);
+  ASSERT_EQ(tile.getnumwires(), 1);
+  EXPECT_STREQ(tile.wires[0].name, "X");
+}
+
+TEST_P(LoadedStorage, IsLeftWhenAnInstanceJoinsAnotherDatabase) {
+  BX_DB other("OTHER", 0, 0, 9, 9);
+  std::string before;
+  {
+    const std::unique_ptr<BX_DB> db = load();
+    before = test::text_of(*db->getinstance(20));
+    other.addinstance(take_out(*db, 20));
+  }
+  EXPECT_EQ(test::text_of(*other.getinstance(0)), before);
+}
+
+TEST_P(LoadedStorage, IsLeftWhenAnInstanceLeavesAllDatabases) {
+  BX_INSTANCE alone("ALONE", 0, 0, 9, 9);
+  std::string before;
+  {
+    const std::unique_ptr<BX_DB> db = load();
+    before = test::text_of(*db->getinstance(20));
+    alone.addinstance(take_out(*db, 20));
+  }
+  EXPECT_EQ(test::text_of(*alone.getinstance(0)), before);
+}
+
+TEST_P(LoadedStorage, IsReplacedByTheNextLoad) {
+  const std::unique_ptr<BX_DB> db = load();
+  for (int i = 0; i < 3; ++i) {
+    ASSERT_TRUE(test::loaded(*db, bytes_));
+    EXPECT_EQ(test::text_of(*db), text_);
+  }
+}
+
+TEST_P(LoadedStorage, OfAFileThatIsCutOffIsReleased) {
+  for (std::size_t length = 8; length < bytes_.size(); length += 101) {
+    if (GetParam() == form::text) break;  // which ends the process, as documented
+    BX_DB db;
+    EXPECT_FALSE(test::loaded(db, bytes_.substr(0, length)));
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Forms, LoadedStorage, testing::Values(form::text, form::binary, form::compressed),
+                         [](const auto& tested) { return std::string(qelmodb::to_string(tested.param)); });
+
+}  // namespace

@@ -1,0 +1,48 @@
+// SPDX-FileCopyrightText: The qelmodb authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "ut_slabs.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <new>
+
+#include "ut_osmemory.h"
+
+namespace {
+
+constexpr std::size_t alignment = 16;
+// What is not touched of a piece costs address space only.
+constexpr std::size_t largest_piece = std::size_t{64} << 20;
+
+std::size_t round_up(std::size_t bytes, std::size_t unit) {
+  if (bytes > SIZE_MAX - unit) throw std::bad_alloc();
+  return (bytes + unit - 1) / unit * unit;
+}
+
+}  // namespace
+
+UT_SLABS::~UT_SLABS() {
+  for (const piece& each : pieces_) ut_release_memory(each.start, each.size);
+}
+
+void* UT_SLABS::take(std::size_t bytes) {
+  const std::size_t rounded = round_up(bytes, alignment);
+  if (rounded > left_) add_piece(rounded);
+  char* taken = at_;
+  at_ += rounded;
+  left_ -= rounded;
+  return taken;
+}
+
+void UT_SLABS::add_piece(std::size_t least) {
+  std::size_t size = std::max(least, next_size_);
+  if (size > ut_huge_page) size = round_up(size, ut_huge_page);
+  pieces_.reserve(pieces_.size() + 1);
+  void* start = ut_fresh_memory(size);
+  if (start == nullptr) throw std::bad_alloc();
+  pieces_.push_back({start, size});
+  at_ = static_cast<char*>(start);
+  left_ = size;
+  next_size_ = std::min(next_size_ * 2, largest_piece);
+}
