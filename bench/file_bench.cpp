@@ -1,91 +1,82 @@
 // SPDX-FileCopyrightText: The qelmodb authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Loading, checking and dumping, each beside what the machine needs for the same bytes without any of our work:
-// reading or writing the file, and decoding its numbers into one block.
-#include <benchmark/benchmark.h>
+// Loading, checking and dumping, each beside what the machine needs for the same bytes without any of our work.
+#include <filesystem>
+#include <memory>
+#include <optional>
 
-#include <cstdio>
-#include <cstring>
-#include <vector>
-
+#include "bare_decoding.h"
 #include "bench_device.h"
-#include "qelmoext.h"
+#include "fresh_memory.h"
+#include "qelmocompress.h"
+#include "registry.h"
 
 namespace {
 
-void set_bytes(benchmark::State& state, std::size_t bytes) {
-  state.SetBytesProcessed(static_cast<std::int64_t>(bytes) * static_cast<std::int64_t>(state.iterations()));
-}
-
 void load(benchmark::State& state, const std::string& file) {
-  const std::size_t bytes = bench::read_whole(file).size();
+  const bench::tree_sums expected = bench::expected_sums();
+  bench::make_memory_fresh();
   for (auto _ : state) {
     auto db = std::make_unique<BX_DB>();
-    if (db->load(file.c_str()) == 0) state.SkipWithError("the load failed");
+    const bool loaded = db->load(file.c_str()) != 0;
     state.PauseTiming();
+    bench::require(loaded && bench::sums_of(*db) == expected, "not the device that was dumped");
     db.reset();
+    bench::make_memory_fresh();
     state.ResumeTiming();
   }
-  set_bytes(state, bytes);
+  bench::set_bytes(state, std::filesystem::file_size(file));
 }
 
-void text_load(benchmark::State& state) { load(state, bench::text_file()); }
-void binary_load(benchmark::State& state) { load(state, bench::binary_file()); }
+using decoder = std::size_t (*)(const std::string&, bench::bare_tree&);
 
-// Reads the file and turns every number of the text into a coordinate.
-void text_load_limit(benchmark::State& state) {
-  std::size_t bytes = 0;
-  for (auto _ : state) {
-    const std::string text = bench::read_whole(bench::text_file());
-    bytes = text.size();
-    std::vector<bx_long> numbers;
-    numbers.reserve(text.size() / 6);
-    bx_long value = 0;
-    bool in_number = false;
-    for (const char c : text) {
-      const bool digit = c >= '0' && c <= '9';
-      if (digit) {
-        value = (in_number ? value * 10 : 0) + (c - '0');
-      } else if (in_number) {
-        numbers.push_back(value);
-      }
-      in_number = digit;
-    }
-    benchmark::DoNotOptimize(numbers.data());
-  }
-  set_bytes(state, bytes);
+bench::tree_sums sums_of(const bench::bare_tree& tree, std::size_t wires) {
+  bench::tree_sums sums;
+  for (std::size_t i = 0; i < wires; ++i) sums.count(tree.wires()[i].x, tree.wires()[i].y);
+  return sums;
 }
 
-// Reads the file and decodes it, as if it were wires only, into one block.
-void binary_load_limit(benchmark::State& state) {
-  struct wire {
-    bx_long x, y;
-    std::uint64_t name;
-    std::uint64_t flags;
-  };
-  std::size_t bytes = 0;
+void load_limit(benchmark::State& state, const std::string& file, decoder decode) {
+  const bench::tree_sums expected = bench::expected_sums();
+  const std::size_t instances = bench::flat_device().instances.size();
+  bench::make_memory_fresh();
   for (auto _ : state) {
-    const std::string file = bench::read_whole(bench::binary_file());
-    bytes = file.size();
-    std::vector<wire> wires(bytes / 16);
-    const char* from = file.data();
-    for (wire& w : wires) {
-      std::memcpy(&w.name, from, 8);
-      std::memcpy(&w.x, from + 8, 4);
-      std::memcpy(&w.y, from + 12, 4);
-      from += 16;
-    }
-    benchmark::DoNotOptimize(wires.data());
+    std::optional<bench::bare_tree> tree;
+    tree.emplace(instances, static_cast<std::size_t>(expected.wires));
+    const std::size_t wires = decode(file, *tree);
+    benchmark::ClobberMemory();
+    state.PauseTiming();
+    bench::require(sums_of(*tree, wires) == expected, "not the wires of the file");
+    tree.reset();
+    bench::make_memory_fresh();
+    state.ResumeTiming();
   }
-  set_bytes(state, bytes);
+}
+
+void compressed_load_limit(benchmark::State& state) {
+  const auto wires = static_cast<std::size_t>(bench::expected_sums().wires);
+  std::vector<bench::bare_wire> table;
+  for (std::int32_t i = 0; i < 100; ++i) table.push_back({i, -i, reinterpret_cast<std::uint64_t>(&table), 1});
+  bench::make_memory_fresh();
+  for (auto _ : state) {
+    std::optional<bench::bare_tree> tree;
+    tree.emplace(0, wires);
+    bench::fill_from_table(table, wires, *tree);
+    benchmark::DoNotOptimize(tree->wires());
+    benchmark::ClobberMemory();
+    state.PauseTiming();
+    tree.reset();
+    bench::make_memory_fresh();
+    state.ResumeTiming();
+  }
 }
 
 void unload(benchmark::State& state) {
   for (auto _ : state) {
     state.PauseTiming();
     auto db = std::make_unique<BX_DB>();
-    if (db->load(bench::binary_file().c_str()) == 0) state.SkipWithError("the load failed");
+    bench::require(db->load(bench::binary_file().c_str()) != 0, "the load failed");
     state.ResumeTiming();
     db.reset();
   }
@@ -94,52 +85,92 @@ void unload(benchmark::State& state) {
 void check(benchmark::State& state, const std::string& file) {
   const std::string bytes = bench::read_whole(file);
   for (auto _ : state) {
-    if (!qelmodb::check_bytes(bytes, qelmodb::content::database).sound()) state.SkipWithError("the file is faulty");
+    bench::require(qelmodb::check_bytes(bytes, qelmodb::content::database).sound(), "the file is faulty");
   }
-  set_bytes(state, bytes.size());
+  bench::set_bytes(state, bytes.size());
 }
 
-void text_check(benchmark::State& state) { check(state, bench::text_file()); }
-void binary_check(benchmark::State& state) { check(state, bench::binary_file()); }
-
-void dump(benchmark::State& state, bool ascii, const std::string& like) {
-  const std::size_t bytes = bench::read_whole(like).size();
+void dump(benchmark::State& state, bool ascii) {
+  BX_DB& db = bench::device();
   const std::string target = bench::scratch_file("dumped.bxd");
   for (auto _ : state) {
-    if (bench::device().dump(target.c_str(), ascii) == 0) state.SkipWithError("the dump failed");
+    bench::make_memory_fresh(state);
+    bench::require(db.dump(target.c_str(), ascii) != 0, "the dump failed");
   }
-  set_bytes(state, bytes);
+  bench::set_bytes(state, std::filesystem::file_size(target));
 }
 
-void text_dump(benchmark::State& state) { dump(state, true, bench::text_file()); }
-void binary_dump(benchmark::State& state) { dump(state, false, bench::binary_file()); }
+// A database can be compressed once; each round has a fresh one.
+std::unique_ptr<BX_DB> device_to_compress() {
+  auto db = std::make_unique<BX_DB>();
+  bench::require(db->load(bench::binary_file().c_str()) != 0, "the load failed");
+  qelmodb::intern_root_name(*db);
+  return db;
+}
 
-// Writes the same bytes through the file manager, which syncs and renames as a dump does.
+void compressed_dump(benchmark::State& state) {
+  const std::string target = bench::scratch_file("dumped.bxd");
+  const std::unique_ptr<BX_DB> db = device_to_compress();
+  db->compress();
+  for (auto _ : state) {
+    bench::make_memory_fresh(state);
+    bench::require(db->dumpcompress(target.c_str(), false) != 0, "the dump failed");
+  }
+  bench::set_bytes(state, std::filesystem::file_size(target));
+}
+
+void compress_and_dump(benchmark::State& state) {
+  const std::string target = bench::scratch_file("dumped.bxd");
+  for (auto _ : state) {
+    state.PauseTiming();
+    std::unique_ptr<BX_DB> db = device_to_compress();
+    bench::make_memory_fresh();
+    state.ResumeTiming();
+    db->compress();
+    bench::require(db->dumpcompress(target.c_str(), false) != 0, "the dump failed");
+    state.PauseTiming();
+    db.reset();
+    state.ResumeTiming();
+  }
+  bench::set_bytes(state, std::filesystem::file_size(target));
+}
+
 void write_limit(benchmark::State& state, const std::string& like) {
   const std::string bytes = bench::read_whole(like);
   const std::string target = bench::scratch_file("written.bxd");
   for (auto _ : state) {
-    UT_PTRFILE file(UT_WRITE);
-    if (ut_file->add_ofile(target.c_str(), UT_WRITE, &file, true) == nullptr) state.SkipWithError("no file");
-    file.swrite(bytes.data(), static_cast<bx_long>(bytes.size()));
-    if (!ut_file->rm_ofile(&file)) state.SkipWithError("the write failed");
+    bench::make_memory_fresh(state);
+    bench::write_whole(target, bytes);
   }
-  set_bytes(state, bytes.size());
+  bench::set_bytes(state, bytes.size());
 }
 
-void text_dump_limit(benchmark::State& state) { write_limit(state, bench::text_file()); }
-void binary_dump_limit(benchmark::State& state) { write_limit(state, bench::binary_file()); }
+void add_loads() {
+  using benchmark::State;
+  bench::add("text_load", bench::library, [](State& state) { load(state, bench::text_file()); });
+  bench::add("text_load", bench::limit, [](State& s) { load_limit(s, bench::text_file(), bench::decode_text); });
+  bench::add("text_check", bench::library, [](State& state) { check(state, bench::text_file()); });
+  bench::add("binary_load", bench::library, [](State& state) { load(state, bench::binary_file()); });
+  bench::add("binary_load", bench::limit, [](State& s) { load_limit(s, bench::binary_file(), bench::decode_binary); });
+  bench::add("binary_check", bench::library, [](State& state) { check(state, bench::binary_file()); });
+  bench::add("compressed_load", bench::library, [](State& state) { load(state, bench::compressed_file()); });
+  bench::add("compressed_load", bench::limit, compressed_load_limit);
+  bench::add("compressed_check", bench::library, [](State& state) { check(state, bench::compressed_file()); });
+  bench::add("unload", bench::library, unload);
+}
 
-BENCHMARK(text_load)->Unit(benchmark::kMillisecond);
-BENCHMARK(text_load_limit)->Unit(benchmark::kMillisecond);
-BENCHMARK(text_check)->Unit(benchmark::kMillisecond);
-BENCHMARK(binary_load)->Unit(benchmark::kMillisecond);
-BENCHMARK(binary_load_limit)->Unit(benchmark::kMillisecond);
-BENCHMARK(binary_check)->Unit(benchmark::kMillisecond);
-BENCHMARK(unload)->Unit(benchmark::kMillisecond);
-BENCHMARK(text_dump)->Unit(benchmark::kMillisecond);
-BENCHMARK(text_dump_limit)->Unit(benchmark::kMillisecond);
-BENCHMARK(binary_dump)->Unit(benchmark::kMillisecond);
-BENCHMARK(binary_dump_limit)->Unit(benchmark::kMillisecond);
+void add_dumps() {
+  using benchmark::State;
+  bench::add("text_dump", bench::library, [](State& state) { dump(state, true); });
+  bench::add("text_dump", bench::limit, [](State& state) { write_limit(state, bench::text_file()); });
+  bench::add("binary_dump", bench::library, [](State& state) { dump(state, false); });
+  bench::add("binary_dump", bench::limit, [](State& state) { write_limit(state, bench::binary_file()); });
+  bench::add("compressed_dump", bench::library, compressed_dump);
+  bench::add("compressed_dump", bench::limit, [](State& state) { write_limit(state, bench::compressed_file()); });
+  bench::add("compress_and_dump", bench::library, compress_and_dump);
+}
+
+const bench::registrar registered_loads(add_loads);
+const bench::registrar registered_dumps(add_dumps);
 
 }  // namespace

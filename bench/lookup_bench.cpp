@@ -1,102 +1,91 @@
 // SPDX-FileCopyrightText: The qelmodb authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Questions to a device at rest: wires by name beside a hash map of the same wires, and a walk over the whole tree
-// beside one over a bare array of as many wires.
-#include <benchmark/benchmark.h>
-
-#include <random>
-#include <string_view>
-#include <unordered_map>
+// Questions to a device at rest: wires by name, and instances by position.
 #include <vector>
 
-#include "bench_device.h"
-#include "qelmoext.h"
+#include "cell_array.h"
+#include "flat_hash.h"
+#include "questions.h"
+#include "registry.h"
 
 namespace {
 
-struct question {
-  BX_INSTANCE* inst;
+// The library is asked with pointers that a client has at hand, not with indices.
+struct pointer_question {
+  const BX_INSTANCE* inst;
   const char* name;
 };
 
-// A hundred thousand wires drawn from all instances that have some.
-const std::vector<question>& questions() {
-  static const std::vector<question> drawn = [] {
-    std::vector<BX_INSTANCE*> owners;
-    bx_walk(static_cast<BX_INSTANCE&>(bench::device()), [&](BX_INSTANCE& inst, bx_long) {
-      if (inst.getnumwires() != 0) owners.push_back(&inst);
-      return true;
-    });
-    std::mt19937 random(1);
-    std::vector<question> made;
-    for (int i = 0; i < 100000; ++i) {
-      BX_INSTANCE* inst = owners[random() % owners.size()];
-      made.push_back(
-          {inst, inst->wires[static_cast<bx_long>(random() % static_cast<bx_ulong>(inst->getnumwires()))].name});
-    }
-    return made;
-  }();
-  return drawn;
+std::vector<pointer_question> as_pointers(std::span<const bench::wire_question> asked) {
+  const bench::flat_tree& flat = bench::flat_device();
+  std::vector<pointer_question> questions;
+  questions.reserve(asked.size());
+  for (const bench::wire_question& q : asked) {
+    questions.push_back({flat.origins[q.instance], flat.names[q.name].c_str()});
+  }
+  return questions;
 }
 
 void wire_by_name(benchmark::State& state) {
-  const std::vector<question>& asked = questions();
+  const std::vector<pointer_question> asked = as_pointers(bench::wire_questions(bench::many_questions));
   std::int64_t sum = 0;
   for (auto _ : state) {
-    for (const question& q : asked) {
+    sum = 0;
+    for (const pointer_question& q : asked) {
       const BX_WIRE* wire = q.inst->getwire(q.name, nullptr);
-      sum += wire != nullptr ? wire->nodex : 0;
+      if (wire != nullptr) sum += std::int64_t{wire->getnodex()} + wire->getnodey();
     }
+    benchmark::DoNotOptimize(sum);
   }
-  benchmark::DoNotOptimize(sum);
-  state.SetItemsProcessed(static_cast<std::int64_t>(asked.size()) * static_cast<std::int64_t>(state.iterations()));
+  bench::require(sum == bench::expected_wire_answers(asked.size()), "not the wires of the device");
+  bench::set_items(state, static_cast<std::int64_t>(asked.size()));
 }
 
-void wire_by_name_in_hash_maps(benchmark::State& state) {
-  const std::vector<question>& asked = questions();
-  std::unordered_map<const BX_INSTANCE*, std::unordered_map<std::string_view, const BX_WIRE*>> maps;
-  for (const question& q : asked) {
-    auto& map = maps[q.inst];
-    if (!map.empty()) continue;
-    for (const BX_WIRE& wire : q.inst->wires) map.emplace(wire.name, &wire);
-  }
+void wire_by_name_limit(benchmark::State& state) {
+  static const bench::flat_hash hash(bench::flat_device());
+  const auto asked = bench::wire_questions(bench::many_questions);
   std::int64_t sum = 0;
   for (auto _ : state) {
-    for (const question& q : asked) sum += maps.at(q.inst).at(q.name)->nodex;
-  }
-  benchmark::DoNotOptimize(sum);
-  state.SetItemsProcessed(static_cast<std::int64_t>(asked.size()) * static_cast<std::int64_t>(state.iterations()));
-}
-
-void walk_tree(benchmark::State& state) {
-  std::int64_t wires = 0;
-  for (auto _ : state) {
-    std::int64_t sum = 0;
-    wires = 0;
-    bx_walk(static_cast<const BX_INSTANCE&>(bench::device()), [&](const BX_INSTANCE& inst, bx_long) {
-      for (const BX_WIRE& wire : inst.wires) sum += wire.getnodex();
-      wires += inst.getnumwires();
-      return true;
-    });
+    sum = 0;
+    for (const bench::wire_question& q : asked) {
+      const bench::flat_hash::slot* wire = hash.find(q.instance, q.name);
+      if (wire != nullptr) sum += std::int64_t{wire->x} + wire->y;
+    }
     benchmark::DoNotOptimize(sum);
   }
-  state.SetItemsProcessed(wires * static_cast<std::int64_t>(state.iterations()));
+  bench::require(sum == bench::expected_wire_answers(asked.size()), "not the library's answers");
+  bench::set_items(state, static_cast<std::int64_t>(asked.size()));
 }
 
-void walk_array(benchmark::State& state) {
-  const std::vector<BX_WIRE> wires(static_cast<std::size_t>(qelmodb::measure(bench::device()).wires));
+void instances_at_point(benchmark::State& state) {
+  const auto asked = bench::points(bench::many_points);
+  bench::cover_sums sums;
+  for (auto _ : state) benchmark::DoNotOptimize(sums = bench::library_covers(asked));
+  bench::require(sums.instances != 0, "nothing covers any point");
+  bench::set_items(state, static_cast<std::int64_t>(asked.size()));
+}
+
+void instances_at_point_limit(benchmark::State& state) {
+  static const bench::cell_array cells(bench::flat_device(), bench::device_lines());
+  const auto asked = bench::points(bench::many_points);
+  bench::cover_sums sums;
   for (auto _ : state) {
-    std::int64_t sum = 0;
-    for (const BX_WIRE& wire : wires) sum += wire.getnodex();
-    benchmark::DoNotOptimize(sum);
+    sums = {};
+    for (const BX_POINT& point : asked) cells.count_covers(point, sums);
+    benchmark::DoNotOptimize(sums);
   }
-  state.SetItemsProcessed(static_cast<std::int64_t>(wires.size()) * static_cast<std::int64_t>(state.iterations()));
+  bench::require(sums == bench::expected_covers(asked.size()), "not the library's answers");
+  bench::set_items(state, static_cast<std::int64_t>(asked.size()));
 }
 
-BENCHMARK(wire_by_name)->Unit(benchmark::kMillisecond);
-BENCHMARK(wire_by_name_in_hash_maps)->Unit(benchmark::kMillisecond);
-BENCHMARK(walk_tree)->Unit(benchmark::kMillisecond);
-BENCHMARK(walk_array)->Unit(benchmark::kMillisecond);
+void add_all() {
+  bench::add("wire_by_name", bench::library, wire_by_name);
+  bench::add("wire_by_name", bench::limit, wire_by_name_limit);
+  bench::add("instances_at_point", bench::library, instances_at_point);
+  bench::add("instances_at_point", bench::limit, instances_at_point_limit);
+}
+
+const bench::registrar registered(add_all);
 
 }  // namespace
