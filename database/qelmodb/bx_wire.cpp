@@ -37,7 +37,9 @@ BX_WIRE& BX_WIRE::operator=(const BX_WIRE& other) noexcept {
   return *this;
 }
 
-void BX_WIRE::drop_own_name() noexcept {
+// A destroyed wire has no name. Inlined into the destructor, the store that clears it would be left out as one to an
+// object whose life is over.
+[[gnu::noinline]] void BX_WIRE::drop_own_name() noexcept {
   if (!nameborrowed && holder_ == holder::client) std::free(name);
   name = nullptr;
 }
