@@ -16,7 +16,7 @@ constexpr char array_module_tag[] = "\xC1\xD2\xD2\xC1\xD9\xB5\xB1";
 
 }  // namespace
 
-UT_BASE_ARRAY::UT_BASE_ARRAY(const UT_BASE_ARRAY& other) : step_(other.step_) {
+UT_BASE_ARRAY::UT_BASE_ARRAY(const UT_BASE_ARRAY& other) : step_(std::abs(other.step_)) {
   ut_msgman->msgfatal("Copy constructor not allowed", array_module_tag, "darray", __LINE__, "hdrfile", 1, 0);
 }
 

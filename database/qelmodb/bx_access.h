@@ -21,30 +21,4 @@ struct bx_access {
   static void release_content(BX_DB& db) { db.release_content(); }
   static bx_compression_aids* aids(BX_DB& db) noexcept { return db.store_->aids; }
   static bx_name_store& names(BX_DB& db) noexcept { return *db.store_; }
-
-  /// Makes storage for the wires that a reader is about to add.
-  static void reserve_wires(BX_INSTANCE& inst, bx_long count) {
-    UT_SLABS* slabs = inst.top != nullptr ? names(*inst.top).slabs : nullptr;
-    if (slabs != nullptr && count > 0 && inst.wires.getcount() == 0) {
-      inst.wires.empty();
-      inst.wires.a_borrow(slabs->take(static_cast<std::size_t>(count) * sizeof(BX_WIRE)), count);
-    } else {
-      inst.wires.a_reserve(count);
-    }
-  }
-};
-
-/// While it lives, wires that are read into the database share storage.
-class bx_load_storage {
- public:
-  explicit bx_load_storage(BX_DB& db) : store_(bx_access::names(db)) {
-    if (store_.loaded_wires == nullptr) store_.loaded_wires = std::make_unique<UT_SLABS>();
-    store_.slabs = store_.loaded_wires.get();
-  }
-  bx_load_storage(const bx_load_storage&) = delete;
-  bx_load_storage& operator=(const bx_load_storage&) = delete;
-  ~bx_load_storage() { store_.slabs = nullptr; }
-
- private:
-  bx_name_store& store_;
 };

@@ -23,7 +23,8 @@ bool is_matrix(const BX_INSTANCE& inst) { return bx_compare_names(inst.name, BAS
 
 class compression_survey {
  public:
-  explicit compression_survey(const BX_DB& db) : db_(db) {}
+  explicit compression_survey(const BX_DB& db)
+      : db_(db), former_(db.basicasstemplate != nullptr ? *db.basicasstemplate : nothing_) {}
 
   std::vector<objection> objections(std::size_t most) {
     collect_matrices();
@@ -45,13 +46,16 @@ class compression_survey {
   }
 
   void look_at_matrices() {
+    std::vector<const char*> template_names;
     for (const BX_WIRE& wire : model_->wires) {
+      template_names.push_back(wire.name);
       model_names_.insert(wire.name);
       model_texts_.insert(ut_text(wire.name));
     }
     const std::vector<BX_INSTANCE*> tiles = tiles_in_order();
-    bx_wire_list_index lists(nothing_);
-    int count = 0;
+    // Lists, columns and rows of an earlier compression stay.
+    bx_wire_list_index lists(former_, template_names);
+    int count = former_.num_wirelist;
     for (const BX_INSTANCE* inst : tiles) {
       if (lists.find(*inst) >= 0) continue;
       look_at_names(*inst);
@@ -74,6 +78,8 @@ class compression_survey {
     std::map<std::pair<bx_long, bx_long>, BX_INSTANCE*> places;
     std::set<bx_long> columns;
     std::set<bx_long> rows;
+    for (const auto& [x, column] : former_.colmap) columns.insert(x);
+    for (const auto& [y, row] : former_.rowmap) rows.insert(y);
     for (BX_INSTANCE* inst : matrices_) {
       places[{inst->xmin, inst->ymin}] = inst;
       columns.insert(inst->xmin);
@@ -135,6 +141,7 @@ class compression_survey {
 
   const BX_DB& db_;
   const BASIC_ASS_TEMPLATE nothing_;
+  const BASIC_ASS_TEMPLATE& former_;
   std::vector<BX_INSTANCE*> matrices_;  // in tree order
   const BX_INSTANCE* model_ = nullptr;
   std::unordered_set<const char*> model_names_;

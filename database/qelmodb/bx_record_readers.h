@@ -13,7 +13,7 @@
 #include <memory>
 #include <vector>
 
-#include "bx_access.h"
+#include "bx_load_storage.h"
 #include "bx_records.h"
 #include "ut_ptrfile.h"
 #include "ut_string.h"
@@ -75,7 +75,7 @@ class bx_text_reader {
   }
 
   bool wires(BX_INSTANCE& inst, bx_long count) {
-    bx_access::reserve_wires(inst, bx_justified(count, file_, bx_least_wire_size(bx_text_sizes)));
+    bx_reserve_wires(inst, bx_justified(count, file_, bx_least_wire_size(bx_text_sizes)), count);
     const BX_WIRE fresh;
     for (bx_long i = 0; i < count; ++i) {
       if (!bx_describe_wire(*this, inst.wires[inst.wires.a_add(&fresh)])) return false;
@@ -248,7 +248,7 @@ class bx_binary_reader : protected bx_stream_source, public bx_reference_reader<
   void make_room(BX_INSTANCE& inst, bx_long count, bx_long needed) {
     const bx_long held = inst.wires.getcount();
     const bx_long justified = held + bx_justified(count - held, file_, bx_least_wire_size(bx_binary_sizes));
-    bx_access::reserve_wires(inst, std::max(needed, justified));
+    bx_reserve_wires(inst, std::max(needed, justified), count);
   }
 
   UT_PTRFILE& file_;

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "bx_access.h"
+#include "bx_load_storage.h"
 #include "bx_matrix_nodes.h"
 #include "bx_walk.h"
 #include "qelmotmplt.h"
@@ -178,7 +178,7 @@ bool restore_instance(bx_restorer& restorer, BX_INSTANCE& inst) {
   inst.name = restorer.name();
   const int count = restorer.wire_count();
   if (count > inst.getnumwires()) {
-    bx_access::reserve_wires(inst, count);
+    bx_reserve_wires(inst, count, count);
     inst.wires.getaddr(count - 1);
   }
   bool good = true;

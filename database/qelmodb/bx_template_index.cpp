@@ -69,14 +69,28 @@ int bx_text_numbers::of(const char* text) {
   return number;
 }
 
-bx_wire_list_index::bx_wire_list_index(const BASIC_ASS_TEMPLATE& set) {
+namespace {
+
+std::vector<const char*> template_names_of(const BASIC_ASS_TEMPLATE& set) {
+  std::vector<const char*> names;
+  names.reserve(set.num_wire_template);
+  for (int i = 0; i < set.num_wire_template; ++i) names.push_back(set.wire_templates[i].name);
+  return names;
+}
+
+}  // namespace
+
+bx_wire_list_index::bx_wire_list_index(const BASIC_ASS_TEMPLATE& set)
+    : bx_wire_list_index(set, template_names_of(set)) {}
+
+bx_wire_list_index::bx_wire_list_index(const BASIC_ASS_TEMPLATE& set, const std::vector<const char*>& template_names) {
   for (int list = 0; list < set.num_wirelist; ++list) {
     key_.clear();
     bool valid = true;
     for (int j = 0; j < set.wirelist_numwires[list] && valid; ++j) {
       const std::uint16_t wire = set.wirelists[list][j];
-      valid = wire < set.num_wire_template;
-      if (valid) key_.push_back(texts_.of(set.wire_templates[wire].name));
+      valid = wire < template_names.size();
+      if (valid) key_.push_back(texts_.of(template_names[wire]));
     }
     if (valid) numbers_.emplace(key_, list);
   }

@@ -57,6 +57,9 @@ class bx_wire_list_index {
   /// Takes in the lists of a set. A list that refers to no template of the set never matches.
   explicit bx_wire_list_index(const BASIC_ASS_TEMPLATE& set);
 
+  /// The same as if the set's templates had these names.
+  bx_wire_list_index(const BASIC_ASS_TEMPLATE& set, const std::vector<const char*>& template_names);
+
   /// The number of the first list with the names of these wires, or -1.
   int find(const BX_INSTANCE& inst);
 

@@ -95,12 +95,17 @@ TEST_P(LoadedStorage, IsReplacedByTheNextLoad) {
   }
 }
 
+// A line that has no end does not end the process.
 TEST_P(LoadedStorage, OfAFileThatIsCutOffIsReleased) {
-  for (std::size_t length = 8; length < bytes_.size(); length += 101) {
-    if (GetParam() == form::text) break;  // which ends the process, as documented
+  const std::size_t step = GetParam() == form::text ? 1 : 101;
+  int tried = 0;
+  for (std::size_t length = 200; length < bytes_.size(); length += step) {
+    if (GetParam() == form::text && (bytes_[length] != '\n' || bytes_[length - 1] != ')')) continue;
+    ++tried;
     BX_DB db;
-    EXPECT_FALSE(test::loaded(db, bytes_.substr(0, length)));
+    EXPECT_FALSE(test::loaded(db, bytes_.substr(0, length))) << length;
   }
+  EXPECT_GT(tried, 5);
 }
 
 INSTANTIATE_TEST_SUITE_P(Forms, LoadedStorage, testing::Values(form::text, form::binary, form::compressed),

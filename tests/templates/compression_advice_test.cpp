@@ -122,6 +122,24 @@ TEST_F(CompressionObjections, NameTheInstanceThatNeedsOneTemplateTooMany) {
   EXPECT_FALSE(compresses(db));
 }
 
+TEST_F(CompressionObjections, CountWireListsOfAnEarlierCompressionOnce) {
+  BX_INSTANCE* model = matrix(0, 0, {});
+  const qelmodb::name_batch batch(db);
+  for (int i = 0; i < 20000; ++i) add_wire(*model, ("W" + std::to_string(10000 + i)).c_str());
+  BX_INSTANCE* column = add(db, "TILE", 0, 5, 1, 6);
+  for (int i = 0; i < 20000; ++i) {
+    add_wire(*add(*column, "BASIC_ASS", 0, 10 + i, 1, 11 + i), ("W" + std::to_string(10000 + i)).c_str());
+  }
+  EXPECT_EQ(objections_to(db), "");
+  db.compress();
+  EXPECT_EQ(db.get_basic_ass_tmp().num_wirelist, 20001);
+  EXPECT_EQ(objections_to(db), "") << "the same lists";
+  // Other lists come behind those of before, which stay.
+  for (BX_INSTANCE* inst : column->instances) add_wire(*inst, "W10000");
+  EXPECT_NE(objections_to(db), "");
+  EXPECT_FALSE(compresses(db));
+}
+
 TEST_F(CompressionObjections, NameSwitchMatrixNumbersThatOverflow) {
   BX_INSTANCE* model = matrix(0, 0, {});
   const qelmodb::name_batch batch(db);

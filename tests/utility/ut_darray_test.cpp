@@ -88,6 +88,25 @@ TEST(DynamicArray, LeavesBorrowedStorageAloneWhenEmptiedOrDestroyed) {
   storage[0].key = 5;
 }
 
+TEST(DynamicArray, CopiedUnderAManagerThatReturnsHasNothingOfTheBorrowedStorage) {
+  struct returning_manager : UT_MSGMAN {
+    void msgfatal(const char*, const char*, const char*, short, const char*, bx_long, bx_long) override {}
+  } manager;
+  entry storage[3] = {};
+  array a;
+  a.a_borrow(storage, 3);
+  UT_MSGMAN* const usual = ut_msgman;
+  ut_msgman = &manager;
+  {
+    array copy(a);
+    ut_msgman = usual;
+    entry other[3] = {};
+    copy.a_borrow(other, 3);
+    EXPECT_EQ(copy.getaddr(0), other);
+  }  // frees neither
+  EXPECT_EQ(a.getaddr(0), storage);
+}
+
 TEST(DynamicArray, MovesOutOfBorrowedStorageOnRequest) {
   entry storage[3] = {};
   array a;
