@@ -31,7 +31,7 @@ cell_array::cell_array(const flat_tree& flat, std::int64_t lines)
   for (std::size_t i = 1; i < flat.instances.size(); ++i) {
     const flat_instance& inst = flat.instances[i];
     for_cells_of(inst, [&](std::size_t cell) {
-      rectangles_[next[cell]++] = {inst.xmin, inst.ymin, inst.xmax, inst.ymax};
+      rectangles_[next[cell]++] = {inst.xmin, inst.ymin, inst.xmax, inst.ymax, flat.origins[i]};
     });
   }
 }

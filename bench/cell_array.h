@@ -21,13 +21,14 @@ class cell_array {
     const std::size_t cell = column_of(point.x) * lines_ + row_of(point.y);
     for (std::size_t i = begins_[cell]; i < begins_[cell + 1]; ++i) {
       const rectangle& r = rectangles_[i];
-      if (r.xmin <= point.x && point.x <= r.xmax && r.ymin <= point.y && point.y <= r.ymax) sums.count(r.xmin, r.ymin);
+      if (r.xmin <= point.x && point.x <= r.xmax && r.ymin <= point.y && point.y <= r.ymax) sums.count(r.inst);
     }
   }
 
  private:
   struct rectangle {
     std::int32_t xmin, ymin, xmax, ymax;
+    const BX_INSTANCE* inst;
   };
 
   std::size_t column_of(std::int32_t x) const noexcept { return static_cast<std::uint32_t>(x - left_) / width_; }

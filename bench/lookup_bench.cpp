@@ -11,28 +11,12 @@
 
 namespace {
 
-// The library is asked with pointers that a client has at hand, not with indices.
-struct pointer_question {
-  const BX_INSTANCE* inst;
-  const char* name;
-};
-
-std::vector<pointer_question> as_pointers(std::span<const bench::wire_question> asked) {
-  const bench::flat_tree& flat = bench::flat_device();
-  std::vector<pointer_question> questions;
-  questions.reserve(asked.size());
-  for (const bench::wire_question& q : asked) {
-    questions.push_back({flat.origins[q.instance], flat.names[q.name].c_str()});
-  }
-  return questions;
-}
-
 void wire_by_name(benchmark::State& state) {
-  const std::vector<pointer_question> asked = as_pointers(bench::wire_questions(bench::many_questions));
+  const std::vector<bench::pointer_question> asked = bench::pointer_questions(bench::many_questions);
   std::int64_t sum = 0;
   for (auto _ : state) {
     sum = 0;
-    for (const pointer_question& q : asked) {
+    for (const bench::pointer_question& q : asked) {
       const BX_WIRE* wire = q.inst->getwire(q.name, nullptr);
       if (wire != nullptr) sum += std::int64_t{wire->getnodex()} + wire->getnodey();
     }

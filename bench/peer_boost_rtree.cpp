@@ -15,15 +15,16 @@ namespace bg = boost::geometry;
 
 using point = bg::model::point<std::int32_t, 2, bg::cs::cartesian>;
 using box = bg::model::box<point>;
-using tree = bg::index::rtree<box, bg::index::rstar<16>>;
+using placed = std::pair<box, const BX_INSTANCE*>;
+using tree = bg::index::rtree<placed, bg::index::rstar<16>>;
 
 const tree& rectangles() {
   static const tree made = [] {
-    std::vector<box> boxes;
+    std::vector<placed> boxes;
     const bench::flat_tree& flat = bench::flat_device();
     for (std::size_t i = 1; i < flat.instances.size(); ++i) {
       const bench::flat_instance& inst = flat.instances[i];
-      boxes.emplace_back(point(inst.xmin, inst.ymin), point(inst.xmax, inst.ymax));
+      boxes.emplace_back(box(point(inst.xmin, inst.ymin), point(inst.xmax, inst.ymax)), flat.origins[i]);
     }
     return tree(boxes);
   }();
@@ -36,9 +37,7 @@ void instances_at_point(benchmark::State& state) {
   bench::cover_sums sums;
   for (auto _ : state) {
     sums = {};
-    const auto count = [&sums](const box& found) {
-      sums.count(found.min_corner().get<0>(), found.min_corner().get<1>());
-    };
+    const auto count = [&sums](const placed& found) { sums.count(found.second); };
     for (const BX_POINT& at : asked) {
       searched.query(bg::index::intersects(point(at.x, at.y)), boost::make_function_output_iterator(count));
     }

@@ -5,7 +5,6 @@
 
 #include <map>
 #include <random>
-#include <vector>
 
 namespace bench {
 
@@ -41,7 +40,7 @@ std::vector<BX_POINT> draw_points() {
 void count_covers(const BX_INSTANCE& inst, const BX_POINT& point, cover_sums& sums) {
   for (bx_long id = -1; (id = inst.getinstanceid(point.x, point.y, id)) >= 0;) {
     const BX_INSTANCE* child = inst.getinstance(id);
-    sums.count(child->xmin, child->ymin);
+    sums.count(child);
     if (child->getnuminstances() != 0) count_covers(*child, point, sums);
   }
 }
@@ -58,6 +57,25 @@ Sums remembered(std::map<std::size_t, Sums>& known, std::size_t count, Answer an
 std::span<const wire_question> wire_questions(std::size_t count) {
   static const std::vector<wire_question> drawn = draw_wires();
   return std::span(drawn).first(count);
+}
+
+std::vector<pointer_question> pointer_questions(std::size_t count) {
+  const flat_tree& flat = flat_device();
+  std::vector<pointer_question> questions;
+  questions.reserve(count);
+  for (const wire_question& q : wire_questions(count)) {
+    questions.push_back({flat.origins[q.instance], flat.names[q.name].c_str()});
+  }
+  return questions;
+}
+
+std::vector<BX_POINT> nodes(std::size_t count) {
+  std::vector<BX_POINT> drawn;
+  for (const pointer_question& q : pointer_questions(count)) {
+    const BX_WIRE* wire = q.inst->getwire(q.name, nullptr);
+    drawn.emplace_back(wire->getnodex(), wire->getnodey());
+  }
+  return drawn;
 }
 
 std::span<const BX_POINT> points(std::size_t count) {

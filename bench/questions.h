@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <span>
+#include <vector>
 
 #include "bench_device.h"
 
@@ -23,6 +24,14 @@ inline constexpr std::size_t few_questions = 50000;  ///< for peers that take mi
 /// The first count of a fixed list, at most many_questions.
 std::span<const wire_question> wire_questions(std::size_t count);
 
+/// The same as a client has them at hand: by pointers.
+struct pointer_question {
+  const BX_INSTANCE* inst;
+  const char* name;
+};
+
+std::vector<pointer_question> pointer_questions(std::size_t count);
+
 /// The sum of x and y of the wires that answer the first count questions, as the library finds them.
 std::int64_t expected_wire_answers(std::size_t count);
 
@@ -31,14 +40,17 @@ inline constexpr std::size_t few_points = 10000;
 
 std::span<const BX_POINT> points(std::size_t count);
 
-/// What covers a point, without the root: how many instances, and where they begin.
+/// Nodes of wires that there are, at most many_points of them.
+std::vector<BX_POINT> nodes(std::size_t count);
+
+/// Which instances were found, without the root: how many, and the sum of their addresses.
 struct cover_sums {
   std::int64_t instances = 0;
-  std::int64_t corners = 0;
+  std::uintptr_t addresses = 0;
 
-  void count(std::int64_t xmin, std::int64_t ymin) noexcept {
+  void count(const BX_INSTANCE* inst) noexcept {
     ++instances;
-    corners += xmin + ymin;
+    addresses += reinterpret_cast<std::uintptr_t>(inst);
   }
   friend bool operator==(const cover_sums&, const cover_sums&) noexcept = default;
 };

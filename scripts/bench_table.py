@@ -34,6 +34,10 @@ ROWS = [
     ("traversal_by_number", ("traversal", LIMIT), None),
     ("wire_by_name", ("wire_by_name", LIMIT), 3.0),
     ("instances_at_point", ("instances_at_point", LIMIT), None),
+    ("index_build", ("binary_load", LIBRARY), 0.5),
+    ("indexed_wire_by_name", ("wire_by_name", LIMIT), 1.8),
+    ("indexed_point", ("instances_at_point", LIMIT), 4.0),
+    ("indexed_node", ("indexed_node", LIMIT), None),
     ("grid", ("grid", LIMIT), 2.0),
     ("grid_without_gaps", ("grid_without_gaps", LIMIT), 2.0),
 ]

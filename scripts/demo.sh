@@ -36,6 +36,9 @@ done
 run $bxdb diff $device.bxd $device-back.bxd.zst
 run $bxdb diff $device.bxd $device-compressed.bxd
 run $bxdb at $device.bxd 500 500
+run $bxdb node $device.bxd 500 500
+echo '{"at": [500, 500]}' >$device.question
+run $bxdb query $device.bxd <$device.question
 # The lowest row inside the I/O ring; its first matrix stands in any device.
 run $bxdb grid $device.bxd BASIC_ASS --row "$((${2:-100} - 2))" --col 1
 run $bxdb grid $device.bxd BASIC_ASS --png $device.png

@@ -18,7 +18,7 @@ class UT_SLABS {
   /// Gives all storage back.
   ~UT_SLABS();
 
-  /// Storage for bytes bytes, aligned to 16. It cannot be given back by itself. Throws std::bad_alloc.
+  /// Zeroed storage for bytes bytes, aligned to 16. It cannot be given back by itself. Throws std::bad_alloc.
   void* take(std::size_t bytes);
 
  private:

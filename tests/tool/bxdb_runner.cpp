@@ -23,7 +23,9 @@ std::string ToolTest::made(const std::string& name, const std::string& bytes) co
   return file(name);
 }
 
-outcome ToolTest::run(const words& arguments) const {
+outcome ToolTest::run(const words& arguments) const { return run(arguments, "/dev/null"); }
+
+outcome ToolTest::run(const words& arguments, const std::string& input_file) const {
   const std::string out = file(".out");
   const std::string err = file(".err");
   std::string program = BXDB_PROGRAM;
@@ -35,7 +37,7 @@ outcome ToolTest::run(const words& arguments) const {
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   const int flags = O_WRONLY | O_CREAT | O_TRUNC;
-  posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+  posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, input_file.c_str(), O_RDONLY, 0);
   posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, out.c_str(), flags, 0600);
   posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, err.c_str(), flags, 0600);
   pid_t child = 0;

@@ -38,6 +38,9 @@ class ToolTest : public ::testing::Test {
   /// Runs the program with these arguments.
   outcome run(const words& arguments) const;
 
+  /// Runs it with this file as its standard input, which is empty otherwise.
+  outcome run(const words& arguments, const std::string& input_file) const;
+
   /// Runs it and expects the status; tells all it printed when it is another.
   outcome expect(int status, const words& arguments) const;
 

@@ -7,7 +7,8 @@ namespace {
 
 using namespace test;
 
-const words all_commands = {"generate", "info", "check", "print", "convert", "explain", "find", "at", "grid", "diff"};
+const words all_commands = {"generate", "info", "check", "print", "convert", "explain",
+                            "find",     "at",   "node",  "query", "grid",    "diff"};
 
 class BxdbUsage : public ToolTest {};
 
@@ -39,6 +40,8 @@ TEST_F(BxdbUsage, BadUseHasStatusTwoAndSaysSoOnStandardError) {
                                                    {"at", db, "1"},
                                                    {"at", db, "one", "2"},
                                                    {"at", db, "1", "99999999999"},
+                                                   {"node", db, "1"},
+                                                   {"query"},
                                                    {"convert", db, file("b.bxd")},
                                                    {"convert", db, file("b.bxd"), "--form", "nonsense"},
                                                    {"find", db, "J0", "--instances", "--wires"},
@@ -61,6 +64,8 @@ TEST_F(BxdbUsage, EveryReadingCommandNamesTheFileThatIsMissingADirectoryOrNoData
                                                      {"explain", bad},
                                                      {"find", bad, "J0"},
                                                      {"at", bad, "1", "2"},
+                                                     {"node", bad, "1", "2"},
+                                                     {"query", bad},
                                                      {"grid", bad},
                                                      {"diff", bad, good},
                                                      {"diff", good, bad}}) {

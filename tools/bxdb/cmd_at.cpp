@@ -3,10 +3,13 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <optional>
+#include <vector>
 
 #include "commands.h"
 #include "failure.h"
+#include "index_paths.h"
 #include "json_output.h"
 #include "loaded_database.h"
 #include "text.h"
@@ -14,48 +17,41 @@
 namespace bxdb {
 namespace {
 
-bool covers(const BX_INSTANCE& inst, const at_options& at) noexcept {
-  return inst.xmin <= at.x && at.x <= inst.xmax && inst.ymin <= at.y && at.y <= inst.ymax;
-}
-
 json head(const at_options& options) { return {{"file", options.file}, {"x", options.x}, {"y", options.y}}; }
 
-int list_instances(const BX_DB& db, const at_options& options) {
+int list_instances(const qelmodb::tree_index& index, const at_options& options) {
   std::optional<json_list_document> document;
   if (options.as_json) document.emplace(head(options), "instances");
-  path_names path;
-  std::int64_t found = 0;
-  bx_walk(db, [&](const BX_INSTANCE& inst, bx_long depth) {
-    path.enter(inst, depth);
-    if (!covers(inst, options)) return true;
-    ++found;
+  index_paths paths(index);
+  std::vector<BX_INSTANCE*> found;
+  index.instances_at(options.x, options.y, found);
+  for (const BX_INSTANCE* inst : found) {
+    const std::string path = paths.of(*inst);
     if (document) {
-      document->add({{"path", path.text()}, {"depth", depth}, {"box", rectangle_json(inst)}});
+      document->add({{"path", path}, {"depth", index.depth_of(*inst)}, {"box", rectangle_json(*inst)}});
     } else {
-      fmt::print("instance {} {}\n", printable(path.text()), rectangle_text(inst));
+      fmt::print("instance {} {}\n", printable(path), rectangle_text(*inst));
     }
-    return true;
-  });
-  if (document) document->end({{"count", found}});
-  if (found != 0) return done;
+  }
+  if (document) document->end({{"count", found.size()}});
+  if (!found.empty()) return done;
   fmt::print(stderr, "{}: no instance covers ({}, {})\n", printable(options.file), options.x, options.y);
   return no;
 }
 
 /// The path of the instance that holds the wire.
-std::string path_of_owner(const BX_DB& db, const BX_WIRE& wire) {
-  path_names path;
-  bx_walk(db, [&](const BX_INSTANCE& inst, bx_long depth) {
-    path.enter(inst, depth);
-    return inst.wires.intgetindex(&wire) < 0;
-  });
-  return path.text();
+std::string path_of_owner(const qelmodb::tree_index& index, const BX_WIRE& wire) {
+  std::vector<qelmodb::placed_wire> there;
+  index.wires_at(wire.nodex, wire.nodey, there);
+  const auto owned = std::find_if(there.begin(), there.end(),
+                                  [&wire](const qelmodb::placed_wire& placed) { return placed.wire == &wire; });
+  return index_paths(index).of(*owned->inst);
 }
 
-int show_wire(const BX_DB& db, const at_options& options) {
+int show_wire(const BX_DB& db, const qelmodb::tree_index& index, const at_options& options) {
   const BX_WIRE* wire = db.getwire(options.x, options.y, options.wire.c_str());
   std::string path;
-  if (wire != nullptr) path = path_of_owner(db, *wire) + "/" + ut_text(wire->name);
+  if (wire != nullptr) path = path_of_owner(index, *wire) + "/" + ut_text(wire->name);
   if (options.as_json) {
     json answer = head(options);
     answer["wire"] = wire == nullptr ? json(nullptr) : json{{"path", path}, {"node", position_json(*wire)}};
@@ -73,7 +69,8 @@ int show_wire(const BX_DB& db, const at_options& options) {
 
 int run_at(const at_options& options) {
   const loaded_database loaded = load_database(options.file, options.input);
-  return options.has_wire ? show_wire(*loaded.db, options) : list_instances(*loaded.db, options);
+  const qelmodb::tree_index index = index_of(loaded);
+  return options.has_wire ? show_wire(*loaded.db, index, options) : list_instances(index, options);
 }
 
 }  // namespace bxdb

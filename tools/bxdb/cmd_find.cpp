@@ -3,11 +3,11 @@
 
 #include <fmt/format.h>
 
-#include <cstring>
 #include <optional>
 
 #include "commands.h"
 #include "failure.h"
+#include "index_paths.h"
 #include "json_output.h"
 #include "loaded_database.h"
 #include "text.h"
@@ -18,16 +18,20 @@ namespace {
 /// Prints what is found as it is found: there may be more than memory holds.
 class finder {
  public:
-  explicit finder(const find_options& options) : options_(options) {
+  finder(const qelmodb::tree_index& index, const find_options& options)
+      : index_(index), options_(options), paths_(index) {
     if (options.as_json) document_.emplace(json{{"file", options.file}, {"name", options.name}}, "found");
   }
 
-  void visit(const BX_INSTANCE& inst, bx_long depth) {
-    path_.enter(inst, depth);
-    if (!options_.only_wires && options_.name == ut_text(inst.name)) add(inst);
-    if (options_.only_instances) return;
-    for (const BX_WIRE& wire : inst.wires) {
-      if (options_.name == ut_text(wire.name)) add(wire);
+  void find_instances() {
+    for (const BX_INSTANCE* inst : index_.instances_named(options_.name.c_str())) add(*inst);
+  }
+
+  void find_all() {
+    for (const BX_INSTANCE* inst : index_.instances()) {
+      if (!options_.only_wires && options_.name == ut_text(inst->name)) add(*inst);
+      const char* name = options_.name.c_str();
+      for (const BX_WIRE* wire = nullptr; (wire = index_.wire(*inst, name, wire)) != nullptr;) add(*inst, *wire);
     }
   }
 
@@ -42,15 +46,15 @@ class finder {
   void add(const BX_INSTANCE& inst) {
     ++instances_;
     if (document_) {
-      document_->add({{"kind", "instance"}, {"path", path_.text()}, {"box", rectangle_json(inst)}});
+      document_->add({{"kind", "instance"}, {"path", paths_.of(inst)}, {"box", rectangle_json(inst)}});
     } else {
-      fmt::print("instance {} {}\n", printable(path_.text()), rectangle_text(inst));
+      fmt::print("instance {} {}\n", printable(paths_.of(inst)), rectangle_text(inst));
     }
   }
 
-  void add(const BX_WIRE& wire) {
+  void add(const BX_INSTANCE& inst, const BX_WIRE& wire) {
     ++wires_;
-    const std::string path = path_.text() + "/" + ut_text(wire.name);
+    const std::string path = paths_.of(inst) + "/" + ut_text(wire.name);
     if (document_) {
       document_->add({{"kind", "wire"}, {"path", path}, {"node", position_json(wire)}});
     } else {
@@ -58,8 +62,9 @@ class finder {
     }
   }
 
+  const qelmodb::tree_index& index_;
   const find_options& options_;
-  path_names path_;
+  index_paths paths_;
   std::optional<json_list_document> document_;
   std::int64_t instances_ = 0;
   std::int64_t wires_ = 0;
@@ -69,11 +74,13 @@ class finder {
 
 int run_find(const find_options& options) {
   const loaded_database loaded = load_database(options.file, options.input);
-  finder found(options);
-  bx_walk(*loaded.db, [&found](const BX_INSTANCE& inst, bx_long depth) {
-    found.visit(inst, depth);
-    return true;
-  });
+  const qelmodb::tree_index index = index_of(loaded);
+  finder found(index, options);
+  if (options.only_instances) {
+    found.find_instances();
+  } else {
+    found.find_all();
+  }
   return found.end();
 }
 

@@ -186,6 +186,32 @@ void add_at_command(CLI::App& tool, int& status) {
   });
 }
 
+void add_node_command(CLI::App& tool, int& status) {
+  CLI::App& command = *tool.add_subcommand("node", "Lists the wires at a node, with their instances: what meets there");
+  const auto options = std::make_shared<node_options>();
+  command.add_option("FILE", options->file, "The file")->required();
+  command.add_option("X", options->x, "The node's column and row")->required();
+  command.add_option("Y", options->y)->required();
+  command.add_flag("--json", options->as_json, "Print JSON");
+  add_input_options(command, options->input);
+  add_cut_option(command, options->input);
+  command.footer(
+      "Behind each wire stands the rectangle of its instance. Status 1 when there is none.\n"
+      "Example: bxdb node device.bxd 120 64");
+  command.callback([options, &status] { status = run_node(*options); });
+}
+
+void add_query_command(CLI::App& tool, int& status) {
+  CLI::App& command = *tool.add_subcommand(
+      "query", "Loads a file once and answers questions, a line of JSON each, from standard input until it ends");
+  const auto options = std::make_shared<query_options>();
+  command.add_option("FILE", options->file, "The file")->required();
+  add_input_options(command, options->input);
+  add_cut_option(command, options->input);
+  command.footer(query_help());
+  command.callback([options, &status] { status = run_query(*options); });
+}
+
 void add_grid_device_options(CLI::App& command, grid_options& options) {
   CLI::Option* device =
       command.add_option("--device", options.device,
@@ -273,6 +299,8 @@ int run_command_line(int argc, char** argv) {
   add_explain_command(tool, status);
   add_find_command(tool, status);
   add_at_command(tool, status);
+  add_node_command(tool, status);
+  add_query_command(tool, status);
   add_grid_command(tool, status);
   add_diff_command(tool, status);
   try {

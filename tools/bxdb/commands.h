@@ -83,6 +83,24 @@ struct at_options {
 };
 int run_at(const at_options& options);
 
+struct node_options {
+  std::string file;
+  bx_long x = 0;
+  bx_long y = 0;
+  input_options input;
+  bool as_json = false;
+};
+int run_node(const node_options& options);
+
+struct query_options {
+  std::string file;
+  input_options input;
+};
+int run_query(const query_options& options);
+
+/// What can be asked, and how the answers look.
+std::string query_help();
+
 struct grid_options {
   std::string file;
   std::vector<std::string> prefixes;

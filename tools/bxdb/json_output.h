@@ -17,6 +17,9 @@ using json = nlohmann::ordered_json;
 /// The text with bytes that are no UTF-8 as U+FFFD.
 std::string valid_utf8(std::string_view text);
 
+/// The value on one line, names treated likewise.
+std::string compact_json(const json& value);
+
 /// Prints one value. Bytes of names that are no UTF-8 appear as U+FFFD.
 void print_json(const json& value);
 

@@ -79,4 +79,9 @@ loaded_database load_database(const std::string& name, const input_options& opti
   return loaded;
 }
 
+qelmodb::tree_index index_of(const loaded_database& loaded) {
+  const progress shown("indexing " + loaded.name);
+  return qelmodb::tree_index(*loaded.db);
+}
+
 }  // namespace bxdb

@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "input_file.h"
+#include "qelmoindex.h"
 
 namespace bxdb {
 
@@ -32,6 +33,9 @@ struct loaded_database {
 /// failure when the file cannot be read or loaded, or is a compressed one whose tree would be a binary file larger than
 /// the options allow; its faults go to standard error.
 loaded_database load_database(const std::string& name, const input_options& options);
+
+/// An index over the whole tree, which the database must outlive.
+qelmodb::tree_index index_of(const loaded_database& loaded);
 
 /// "FILE: error: line 12: ..."
 std::string fault_text(const std::string& name, const qelmodb::fault& fault);

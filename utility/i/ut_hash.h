@@ -25,14 +25,19 @@ inline std::uint64_t ut_hash(std::uint64_t key, std::uint64_t seed) noexcept {
 }
 
 inline std::uint64_t ut_hash(std::string_view text, std::uint64_t seed) noexcept {
-  std::uint64_t h = seed ^ text.size();
-  std::uint64_t block = 0;
-  while (text.size() >= sizeof block) {
-    std::memcpy(&block, text.data(), sizeof block);
-    h = ut_hash_mix(h ^ block);
-    text.remove_prefix(sizeof block);
-  }
-  block = 0;
-  if (!text.empty()) std::memcpy(&block, text.data(), text.size());
-  return ut_hash_mix(h ^ block);
+  const auto bytes = [](const char* from, auto number) noexcept {
+    std::memcpy(&number, from, sizeof number);
+    return std::uint64_t{number};
+  };
+  const char* at = text.data();
+  std::size_t left = text.size();
+  std::uint64_t h = seed ^ left;
+  for (; left > sizeof h; at += sizeof h, left -= sizeof h) h = ut_hash_mix(h ^ bytes(at, std::uint64_t{}));
+  // The rest as a few numbers of fixed size, which may overlap.
+  const char* const end = at + left;
+  if (left == sizeof h || text.size() > sizeof h) return ut_hash_mix(h ^ bytes(end - sizeof h, std::uint64_t{}));
+  if (left >= 4) return ut_hash_mix(h ^ (bytes(at, std::uint32_t{}) << 32 | bytes(end - 4, std::uint32_t{})));
+  if (left == 0) return ut_hash_mix(h);
+  return ut_hash_mix(h ^ (bytes(at, std::uint8_t{}) << 16 | bytes(at + left / 2, std::uint8_t{}) << 8 |
+                          bytes(end - 1, std::uint8_t{})));
 }
