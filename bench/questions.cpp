@@ -39,7 +39,7 @@ std::vector<BX_POINT> draw_points() {
 
 void count_covers(const BX_INSTANCE& inst, const BX_POINT& point, cover_sums& sums) {
   for (bx_long id = -1; (id = inst.getinstanceid(point.x, point.y, id)) >= 0;) {
-    const BX_INSTANCE* child = inst.getinstance(id);
+    const BX_INSTANCE* child = inst.instances[id];
     sums.count(child);
     if (child->getnuminstances() != 0) count_covers(*child, point, sums);
   }

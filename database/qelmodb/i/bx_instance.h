@@ -120,8 +120,10 @@ class BX_API BX_INSTANCE : public BX_EXTREMA {
   bx_long getnuminstances() const noexcept { return instances.getcount(); }
 
   /// Wire or child i; null when i is out of range.
-  BX_WIRE* getwire(bx_long i) const noexcept;
-  BX_INSTANCE* getinstance(bx_long i) const noexcept;
+  BX_WIRE* getwire(bx_long i) const noexcept { return i >= 0 && i < wires.getcount() ? &wires[i] : nullptr; }
+  BX_INSTANCE* getinstance(bx_long i) const noexcept {
+    return i >= 0 && i < instances.getcount() ? instances[i] : nullptr;
+  }
 
   /// The index of a wire of this name, negative when there is none. start -1 gives the first; the
   /// last answer as start gives the next of the same name. O(log n) for start -1; afterwards the scan
