@@ -181,5 +181,5 @@ BX_POINT BASIC_ASS_TEMPLATE::restore_wire_sm(int c, int r, int k, int j) {
     return NO_POINT;
   }
   const BX_POINT offset = wire.offset_maps[map].lookup(static_cast<std::uint16_t>(by_column ? r : c));
-  return bx_node_at(wire, corner_at(static_cast<std::uint16_t>(c), static_cast<std::uint16_t>(r)), offset);
+  return bx_node_origin(wire).node(corner_at(static_cast<std::uint16_t>(c), static_cast<std::uint16_t>(r)), offset);
 }

@@ -4,9 +4,8 @@
 #include "bx_matrix_build.h"
 
 #include <algorithm>
-#include <tuple>
+#include <map>
 
-#include "bx_matrix_nodes.h"
 #include "bx_order.h"
 #include "bx_template_faults.h"
 #include "bx_template_index.h"
@@ -16,7 +15,6 @@
 
 namespace {
 
-BX_POINT corner_of(const BX_INSTANCE& inst) noexcept { return {inst.xmin, inst.ymin}; }
 BX_POINT node_of(const BX_WIRE& wire) noexcept { return {wire.nodex, wire.nodey}; }
 
 bool number_in_order(std::map<bx_long, std::uint16_t>& map, const char* what) {
@@ -48,23 +46,13 @@ class wires_by_node {
 
 }  // namespace
 
-bool bx_matrix_builder::run::operator<(const run& other) const noexcept {
-  return std::tie(start, value.x, value.y) < std::tie(other.start, other.value.x, other.value.y);
-}
-
 void bx_matrix_builder::build() {
   if (!collect() || !number_lines()) return;
   place_tiles();
   make_wire_templates();
   if (!make_wire_lists()) return;
-  find_positions();
   find_spans();
-  const lines columns = lines_of(true);
-  const lines rows = lines_of(false);
-  std::vector<int> position_in_list(set_.num_wirelist, -1);
-  for (int i = 0; i < set_.num_wire_template; ++i) {
-    fill_offsets(i, set_.wire_templates[i].span_dir == 1 ? columns : rows, position_in_list);
-  }
+  bx_fill_offsets(set_, tiles_);
 }
 
 bool bx_matrix_builder::collect() {
@@ -172,23 +160,6 @@ void bx_matrix_builder::append_lists(const std::vector<std::vector<std::uint16_t
   set_.num_wirelist = static_cast<std::uint16_t>(count);
 }
 
-void bx_matrix_builder::find_positions() {
-  places_.resize(set_.num_wire_template);
-  for (int list = 0; list < set_.num_wirelist; ++list) {
-    for (int j = 0; j < set_.wirelist_numwires[list]; ++j) {
-      const std::uint16_t wire = set_.wirelists[list][j];
-      if (wire >= set_.num_wire_template) continue;
-      std::vector<place_in_list>& places = places_[wire];
-      // A later position of the same template in the list wins.
-      if (!places.empty() && places.back().list == list) {
-        places.back().position = j;
-      } else {
-        places.push_back({list, j});
-      }
-    }
-  }
-}
-
 const bx_matrix_builder::tile* bx_matrix_builder::tile_at(int column, int row) const {
   const std::pair place(column, row);
   const auto found = std::lower_bound(tiles_.begin(), tiles_.end(), place, [](const tile& a, const auto& b) {
@@ -226,86 +197,5 @@ void bx_matrix_builder::find_spans() {
     if (number < 0 || number >= set_.num_wire_template) continue;
     set_.wire_templates[number].span_dir = wire.span_dir;
     if (number == i) wire.absolute = 1;
-  }
-}
-
-bx_matrix_builder::lines bx_matrix_builder::lines_of(bool columns) const {
-  lines made;
-  for (const tile& at : tiles_) made.tiles.push_back(&at);
-  auto line = [columns](const tile* at) { return columns ? at->column : at->row; };
-  if (!columns) {
-    std::stable_sort(made.tiles.begin(), made.tiles.end(),
-                     [&](const tile* a, const tile* b) { return line(a) < line(b); });
-  }
-  for (std::size_t i = 0; i < made.tiles.size(); ++i) {
-    if (i == 0 || line(made.tiles[i]) != line(made.tiles[i - 1])) made.starts.push_back(i);
-  }
-  made.starts.push_back(made.tiles.size());
-  return made;
-}
-
-void bx_matrix_builder::runs_of_line(int wire, const lines& by_line, std::size_t line,
-                                     const std::vector<int>& position_in_list, std::vector<run>& runs) const {
-  const WIRE_TEMPLATE_SM& tmplt = set_.wire_templates[wire];
-  const bool by_column = tmplt.span_dir == 1;
-  runs.clear();
-  auto append = [&runs](std::size_t start, BX_POINT value) {
-    if (runs.empty() || !(runs.back().value == value)) runs.push_back({static_cast<std::uint16_t>(start), value});
-  };
-  std::size_t next = 0;
-  for (std::size_t t = by_line.starts[line]; t < by_line.starts[line + 1]; ++t) {
-    const tile& at = *by_line.tiles[t];
-    const int position = position_in_list[static_cast<std::size_t>(at.list)];
-    if (position < 0) continue;
-    const std::size_t along = by_column ? at.row : at.column;
-    if (along > next) append(next, NO_POINT);
-    append(along, bx_offset_of(tmplt, corner_of(*at.inst), node_of(at.inst->wires[position])));
-    next = along + 1;
-  }
-  if (next < (by_column ? set_.rowmap : set_.colmap).size()) append(next, NO_POINT);
-}
-
-void bx_matrix_builder::fill_offsets(int wire, const lines& by_line, std::vector<int>& position_in_list) {
-  WIRE_TEMPLATE_SM& tmplt = set_.wire_templates[wire];
-  const bool by_column = tmplt.span_dir == 1;
-  const auto outer_count = (by_column ? set_.colmap : set_.rowmap).size();
-  const auto along_count = (by_column ? set_.rowmap : set_.colmap).size();
-  for (const place_in_list& at : places_[static_cast<std::size_t>(wire)]) {
-    position_in_list[static_cast<std::size_t>(at.list)] = at.position;
-  }
-  std::map<std::vector<run>, std::uint16_t> numbers;
-  std::vector<const std::vector<run>*> pool;
-  std::map<std::uint16_t, std::uint16_t>& indices = tmplt.index_map.ranges;
-  int previous = -1;
-  auto record = [&](std::size_t outer, const std::vector<run>& runs) {
-    const auto [entry, is_new] = numbers.try_emplace(runs, static_cast<std::uint16_t>(pool.size()));
-    if (is_new) pool.push_back(&entry->first);
-    if (entry->second != previous)
-      indices.emplace_hint(indices.end(), static_cast<std::uint16_t>(outer), entry->second);
-    previous = entry->second;
-  };
-  const std::vector<run> empty_line{{0, NO_POINT}};
-  std::vector<run> runs;
-  std::size_t next = 0;
-  for (std::size_t line = 0; line + 1 < by_line.starts.size(); ++line) {
-    const tile& first = *by_line.tiles[by_line.starts[line]];
-    const std::size_t outer = by_column ? first.column : first.row;
-    if (outer > next) record(next, empty_line);
-    runs_of_line(wire, by_line, line, position_in_list, runs);
-    record(outer, runs);
-    next = outer + 1;
-  }
-  if (next < outer_count) record(next, empty_line);
-  for (const place_in_list& at : places_[static_cast<std::size_t>(wire)]) {
-    position_in_list[static_cast<std::size_t>(at.list)] = -1;
-  }
-
-  tmplt.index_map.size = static_cast<std::uint16_t>(outer_count);
-  tmplt.offset_maps = new RANGE_MAP<BX_POINT>[pool.size()];
-  tmplt.num_offset_map = static_cast<std::uint16_t>(pool.size());
-  for (std::size_t k = 0; k < pool.size(); ++k) {
-    tmplt.offset_maps[k].size = static_cast<std::uint16_t>(along_count);
-    for (const run& r : *pool[k])
-      tmplt.offset_maps[k].ranges.emplace_hint(tmplt.offset_maps[k].ranges.end(), r.start, r.value);
   }
 }

@@ -4,6 +4,7 @@
 #include "bx_restore.h"
 
 #include <algorithm>
+#include <optional>
 #include <vector>
 
 #include "bx_load_storage.h"
@@ -20,6 +21,9 @@ struct known_run {
   std::uint16_t from = 0;
   std::uint16_t to = 0;
   T value{};
+
+  /// One index of a run.
+  static known_run of(std::uint16_t i, const T& value) { return {i, static_cast<std::uint16_t>(i + 1), value}; }
 
   bool covers(std::uint16_t i) const noexcept { return from <= i && i < to; }
 };
@@ -51,38 +55,130 @@ class flat_map {
   std::vector<T> values_;
 };
 
-/// A wire template ready for millions of lookups. Switch matrices are met column by column, so the next lookup in a map
-/// mostly falls into the run of the last one. These last runs lie close together, apart from the maps: those of all
-/// templates are looked at again and again and should stay in the cache.
+/// The values of several range maps of one size for every index, where runs are so short that searching them would cost
+/// more than the memory. Values lie in the order in which they are asked for.
+template <class T>
+class value_table {
+ public:
+  /// along_first: for an index and then by map; otherwise for a map and then by index.
+  value_table(const RANGE_MAP<T>* maps, std::size_t count, bool along_first) {
+    if (count == 0 || !are_dense(maps, count)) return;
+    size_ = maps[0].size;
+    along_step_ = along_first ? count : 1;
+    map_step_ = along_first ? 1 : size_;
+    values_.resize(count * size_);
+    for (std::size_t k = 0; k < count; ++k) fill(maps[k].ranges, values_.data() + k * map_step_);
+  }
+
+  /// The place of an index in any of the maps; false when they are no table, or do not have the index.
+  bool covers(std::uint16_t along) const noexcept { return along < size_; }
+
+  const T& at(std::size_t map, std::uint16_t along) const noexcept {
+    return values_[map * map_step_ + along * along_step_];
+  }
+
+ private:
+  static constexpr std::size_t short_run = 8;
+
+  static bool are_dense(const RANGE_MAP<T>* maps, std::size_t count) {
+    std::size_t runs = 0;
+    for (std::size_t k = 0; k < count; ++k) {
+      // Others come from damaged files.
+      if (maps[k].ranges.empty() || maps[k].ranges.begin()->first != 0 || maps[k].size != maps[0].size) return false;
+      runs += maps[k].ranges.size();
+    }
+    return runs * short_run >= count * maps[0].size;
+  }
+
+  void fill(const std::map<std::uint16_t, T>& runs, T* values) {
+    for (auto run = runs.begin(); run != runs.end(); ++run) {
+      const auto next = std::next(run);
+      const std::size_t end = next != runs.end() ? std::min<std::size_t>(next->first, size_) : size_;
+      for (std::size_t i = run->first; i < end; ++i) values[i * along_step_] = run->second;
+    }
+  }
+
+  std::size_t size_ = 0;
+  std::size_t map_step_ = 0;
+  std::size_t along_step_ = 0;
+  std::vector<T> values_;
+};
+
+/// A wire template ready for many lookups. Switch matrices are met column by column: a template that runs along rows is
+/// asked for another row each time, and comes back to the same row a column further. So each offset map has the run
+/// that was last found in it, which lies apart from the map: those of all templates should stay in the cache.
 class flat_template {
  public:
-  explicit flat_template(const WIRE_TEMPLATE_SM& wire)
-      : wire_(wire), index_map_(wire.index_map), last_offsets_(wire.num_offset_map) {
-    offset_maps_.reserve(wire.num_offset_map);
-    for (int k = 0; k < wire.num_offset_map; ++k) offset_maps_.emplace_back(wire.offset_maps[k]);
+  explicit flat_template(const WIRE_TEMPLATE_SM& of)
+      : wire_(of),
+        lines_(&of.index_map, 1, false),
+        index_map_(of.index_map),
+        table_(of.offset_maps, of.num_offset_map, of.span_dir != 1),
+        last_offsets_(of.num_offset_map) {
+    offset_maps_.reserve(of.num_offset_map);
+    if (table_.covers(0)) return;
+    for (int k = 0; k < of.num_offset_map; ++k) offset_maps_.emplace_back(of.offset_maps[k]);
   }
 
   const WIRE_TEMPLATE_SM& wire() const noexcept { return wire_; }
 
-  /// False when the index map leads beyond the offset maps.
-  bool offset_at(std::uint16_t column, std::uint16_t row, BX_POINT& offset) {
-    const std::uint16_t cross = wire_.span_dir == 1 ? column : row;
-    const std::uint16_t along = wire_.span_dir == 1 ? row : column;
-    if (!last_index_.covers(cross)) last_index_ = index_map_.run_at(cross);
-    const std::size_t map = last_index_.value;
-    if (map >= offset_maps_.size()) return false;
+  /// Which offset map a line has, and for what other lines that is known.
+  known_run<std::uint16_t> map_of(std::uint16_t line) const {
+    return lines_.covers(line) ? known_run<std::uint16_t>::of(line, lines_.at(0, line)) : index_map_.run_at(line);
+  }
+
+  bool has_map(std::uint16_t map) const noexcept { return map < last_offsets_.size(); }
+
+  known_run<BX_POINT> offset_at(std::uint16_t map, std::uint16_t along) {
+    if (table_.covers(along)) return known_run<BX_POINT>::of(along, table_.at(map, along));
+    if (offset_maps_.empty()) return {0, 0, wire_.offset_maps[map].lookup(along)};  // which reports
     known_run<BX_POINT>& last = last_offsets_[map];
     if (!last.covers(along)) last = offset_maps_[map].run_at(along);
-    offset = last.value;
-    return true;
+    return last;
   }
 
  private:
   const WIRE_TEMPLATE_SM& wire_;
-  known_run<std::uint16_t> last_index_;
+  value_table<std::uint16_t> lines_;
   flat_map<std::uint16_t> index_map_;
+  value_table<BX_POINT> table_;
   std::vector<known_run<BX_POINT>> last_offsets_;
   std::vector<flat_map<BX_POINT>> offset_maps_;
+};
+
+/// An entry of a wire list with the offset that was last found for it, and the columns and rows where that holds: for
+/// the next switch matrix, too, when the template runs along columns. The entries of a list lie together.
+struct strand {
+  explicit strand(flat_template& of) : tmplt(&of), name(of.wire().name), origin(of.wire()) {}
+
+  bool holds_at(std::uint16_t column, std::uint16_t row) const noexcept {
+    return columns.covers(column) && rows.covers(row);
+  }
+
+  /// Looks the offset of a place up. False when the index map leads beyond the offset maps.
+  bool move_to(std::uint16_t column, std::uint16_t row) {
+    const bool by_column = tmplt->wire().span_dir == 1;
+    const known_run<std::uint16_t> lines = tmplt->map_of(by_column ? column : row);
+    if (!tmplt->has_map(lines.value)) return false;
+    const known_run<BX_POINT> places = tmplt->offset_at(lines.value, by_column ? row : column);
+    columns = by_column ? span{lines.from, lines.to} : span{places.from, places.to};
+    rows = by_column ? span{places.from, places.to} : span{lines.from, lines.to};
+    offset = places.value;
+    return true;
+  }
+
+  struct span {
+    std::uint16_t from = 0;
+    std::uint16_t to = 0;
+    bool covers(std::uint16_t i) const noexcept { return from <= i && i < to; }
+  };
+
+  flat_template* tmplt;
+  char* name;
+  bx_node_origin origin;
+  span columns;
+  span rows;
+  BX_POINT offset;
 };
 
 }  // namespace
@@ -90,27 +186,41 @@ class flat_template {
 /// A set ready for millions of lookups.
 class bx_restorer::flat_set {
  public:
-  explicit flat_set(BASIC_ASS_TEMPLATE& set) : set_(set) {
+  explicit flat_set(BASIC_ASS_TEMPLATE& set) : set_(set), lists_(set.num_wirelist) {
     wires_.reserve(set.num_wire_template);
     for (int i = 0; i < set.num_wire_template; ++i) wires_.emplace_back(set.wire_templates[i]);
   }
 
-  /// Takes up a place.
-  void go_to(std::uint16_t column, std::uint16_t row) noexcept {
+  /// Takes up a place, and the wire list that it has.
+  void go_to(std::uint16_t column, std::uint16_t row, int list) {
     column_ = column;
     row_ = row;
     has_corner_ = false;
+    if (lists_[static_cast<std::size_t>(list)] == nullptr) lists_[static_cast<std::size_t>(list)] = strands_of(list);
+    strands_ = lists_[static_cast<std::size_t>(list)]->data();
   }
 
-  bool wire(std::size_t number, bx_restored_wire& restored) {
-    BX_POINT offset;
-    if (number >= wires_.size() || !wires_[number].offset_at(column_, row_, offset)) return false;
-    const WIRE_TEMPLATE_SM& wire = wires_[number].wire();
-    restored = {wire.name, bx_node_at(wire, corner(), offset)};
+  bool wire(int k, bx_restored_wire& restored) {
+    std::optional<strand>& known = strands_[k];
+    if (!known) return false;
+    if (!known->holds_at(column_, row_) && !known->move_to(column_, row_)) return false;
+    restored = {known->name, known->origin.node(corner(), known->offset)};
     return true;
   }
 
  private:
+  // Entries that refer to no template are empty.
+  using strand_list = std::vector<std::optional<strand>>;
+
+  std::unique_ptr<strand_list> strands_of(int list) {
+    auto strands = std::make_unique<strand_list>(set_.wirelist_numwires[list]);
+    for (std::size_t j = 0; j < strands->size(); ++j) {
+      const std::uint16_t number = set_.wirelists[list][j];
+      if (number < wires_.size()) (*strands)[j].emplace(wires_[number]);
+    }
+    return strands;
+  }
+
   BX_POINT corner() {
     if (!has_corner_) corner_ = set_.corner_at(column_, row_);
     has_corner_ = true;
@@ -119,6 +229,8 @@ class bx_restorer::flat_set {
 
   BASIC_ASS_TEMPLATE& set_;
   std::vector<flat_template> wires_;
+  std::vector<std::unique_ptr<strand_list>> lists_;  // those that were asked for
+  std::optional<strand>* strands_ = nullptr;         // of the list in hand
   std::uint16_t column_ = NO_INDEX;
   std::uint16_t row_ = NO_INDEX;
   bool has_corner_ = false;
@@ -155,15 +267,14 @@ bool bx_restorer::select(const BX_INSTANCE& inst) {
   BASIC_ASS_TEMPLATE& set = *db.basicasstemplate;
   layout_ = nullptr;
   matrices_ = &flat_set_of(set);
-  list_ = set.wirelists[number];
-  matrices_->go_to(set.getcol(inst.xmin), set.getrow(inst.ymin));
+  matrices_->go_to(set.getcol(inst.xmin), set.getrow(inst.ymin), number);
   name_ = set.name;
   wire_count_ = set.wirelist_numwires[number];
   return true;
 }
 
 bool bx_restorer::wire(int k, bx_restored_wire& restored) const {
-  if (layout_ == nullptr) return matrices_->wire(list_[k], restored);
+  if (layout_ == nullptr) return matrices_->wire(k, restored);
   const BX_WIRE& relative = layout_->getwire(k);
   restored.name = relative.name;
   restored.node = {ut_wrap_add(inst_->xmin, relative.nodex), ut_wrap_add(inst_->ymin, relative.nodey)};

@@ -7,6 +7,7 @@
 #include "bx_order.h"
 #include "bx_template_faults.h"
 #include "ut_arith.h"
+#include "ut_hash.h"
 #include "ut_string.h"
 
 namespace {
@@ -83,7 +84,8 @@ std::vector<const char*> template_names_of(const BASIC_ASS_TEMPLATE& set) {
 bx_wire_list_index::bx_wire_list_index(const BASIC_ASS_TEMPLATE& set)
     : bx_wire_list_index(set, template_names_of(set)) {}
 
-bx_wire_list_index::bx_wire_list_index(const BASIC_ASS_TEMPLATE& set, const std::vector<const char*>& template_names) {
+bx_wire_list_index::bx_wire_list_index(const BASIC_ASS_TEMPLATE& set, const std::vector<const char*>& template_names)
+    : strings_(ut_hash_seed()) {
   for (int list = 0; list < set.num_wirelist; ++list) {
     key_.clear();
     bool valid = true;
@@ -99,6 +101,14 @@ bx_wire_list_index::bx_wire_list_index(const BASIC_ASS_TEMPLATE& set, const std:
 int bx_wire_list_index::find(const BX_INSTANCE& inst) {
   const auto count = static_cast<std::size_t>(inst.getnumwires());
   if (count > bx_most_list_wires) return -1;
+  const auto [strings, is_new] = strings_.number_of(inst);
+  if (strings == bx_name_lists::none) return find_texts(inst, count);
+  if (is_new) found_.push_back(-1);
+  if (found_[strings] < 0) found_[strings] = find_texts(inst, count);
+  return found_[strings];
+}
+
+int bx_wire_list_index::find_texts(const BX_INSTANCE& inst, std::size_t count) {
   const auto found = numbers_.find(key_of(inst, count));
   return found != numbers_.end() ? found->second : -1;
 }

@@ -15,6 +15,7 @@
 #include "bx_ass_template.h"
 #include "bx_basic_ass_template.h"
 #include "bx_db.h"
+#include "bx_name_lists.h"
 
 /// A new template with the layout of an instance.
 std::unique_ptr<ASS_TEMPLATE> bx_template_of(const BX_INSTANCE& inst);
@@ -69,9 +70,14 @@ class bx_wire_list_index {
  private:
   std::vector<int>& key_of(const BX_INSTANCE& inst, std::size_t count);
 
+  int find_texts(const BX_INSTANCE& inst, std::size_t count);
+
   bx_text_numbers texts_;
   std::map<std::vector<int>, int> numbers_;
   std::vector<int> key_;
+  // Instances with the very strings of one before need no look at texts.
+  bx_name_lists strings_;
+  std::vector<int> found_;  // by the number that strings_ gives; what was not found is asked for again
 };
 
 /// What helps while a database is compressed; bound to it from construction to destruction.

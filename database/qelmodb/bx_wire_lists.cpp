@@ -9,23 +9,6 @@
 
 namespace {
 
-bool same_names(const BX_WIRE* a, const BX_WIRE* b, bx_long count) noexcept {
-  // Differences are rare and need not be told early: a block at a time leaves the loop free of branches.
-  constexpr bx_long block = 16;
-  bx_long i = 0;
-  for (; i + block <= count; i += block) {
-    std::uintptr_t different = 0;
-    for (bx_long k = i; k < i + block; ++k) {
-      different |= reinterpret_cast<std::uintptr_t>(a[k].name) ^ reinterpret_cast<std::uintptr_t>(b[k].name);
-    }
-    if (different != 0) return false;
-  }
-  for (; i < count; ++i) {
-    if (a[i].name != b[i].name) return false;
-  }
-  return true;
-}
-
 bool is_in_order(const BX_WIRE* wires, bx_long count) noexcept {
   return std::is_sorted(wires, wires + count,
                         [](const BX_WIRE& a, const BX_WIRE& b) { return bx_compare_names(a.name, b.name) < 0; });
@@ -33,53 +16,18 @@ bool is_in_order(const BX_WIRE* wires, bx_long count) noexcept {
 
 }  // namespace
 
-std::uint64_t bx_wire_lists::hash_of_ends(const DARRAY_BX_WIRE& wires) const noexcept {
-  const bx_long count = wires.getcount();
-  const auto first = reinterpret_cast<std::uintptr_t>(wires[0].name);
-  const auto last = reinterpret_cast<std::uintptr_t>(wires[count - 1].name);
-  return ut_hash_mix(ut_hash_mix(first ^ seed_) + last) + static_cast<std::uint64_t>(count);
-}
-
-std::uint64_t bx_wire_lists::hash_of_names(const DARRAY_BX_WIRE& wires) const noexcept {
-  std::uint64_t hash = seed_;
-  for (const BX_WIRE& wire : wires) hash = ut_hash_mix(hash ^ reinterpret_cast<std::uintptr_t>(wire.name));
-  return hash;
-}
-
 std::uint32_t bx_wire_lists::add(const BX_INSTANCE& inst) {
-  const DARRAY_BX_WIRE& wires = inst.wires;
-  if (wires.getcount() == 0) return none;
-  const std::uint64_t ends = hash_of_ends(wires);
-  habit& usual = (*habits_)[ends % std::tuple_size_v<habit_table>];
-  if (usual.ends == ends && usual.number != none) {
-    list& guess = lists_[usual.number];
-    if (guess.count == wires.getcount() && same_names(guess.wires, wires.begin(), guess.count)) {
-      guess.shared = true;
-      return usual.number;
-    }
+  const auto [number, is_new] = numbers_->number_of(inst);
+  if (is_new) {
+    lists_.push_back({.wires = inst.wires.begin(), .count = inst.getnumwires()});
+  } else if (number != bx_name_lists::none) {
+    lists_[number].shared = true;
   }
-  usual = {ends, find_or_make(wires)};
-  return usual.number;
-}
-
-std::uint32_t bx_wire_lists::find_or_make(const DARRAY_BX_WIRE& wires) {
-  const std::uint64_t hash = hash_of_names(wires);
-  const auto [begin, end] = numbers_.equal_range(hash);
-  for (auto candidate = begin; candidate != end; ++candidate) {
-    list& known = lists_[candidate->second];
-    if (known.count != wires.getcount() || !same_names(known.wires, wires.begin(), known.count)) continue;
-    known.shared = true;
-    return candidate->second;
-  }
-  const auto number = static_cast<std::uint32_t>(lists_.size());
-  lists_.push_back({.wires = wires.begin(), .count = wires.getcount()});
-  numbers_.emplace(hash, number);
   return number;
 }
 
 void bx_wire_lists::finish() {
-  habits_.reset();
-  numbers_ = {};
+  numbers_.reset();
   for (list& each : lists_) {
     each.in_order = is_in_order(each.wires, each.count);
     // What one instance alone has, and in order, is searched by halving: a table would not pay.
@@ -102,7 +50,7 @@ void bx_wire_lists::make_table(list& names) {
 }
 
 bx_long bx_wire_lists::first(std::uint32_t number, const BX_INSTANCE& inst, const char* name) const noexcept {
-  if (number == none) return -1;
+  if (number == bx_name_lists::none) return -1;
   const list& names = lists_[number];
   if (names.mask == 0) return inst.getwireid(name, -1);
   const auto text_of = [&names](std::uint32_t i) noexcept { return ut_text(names.wires[i].name); };
@@ -113,7 +61,7 @@ bx_long bx_wire_lists::first(std::uint32_t number, const BX_INSTANCE& inst, cons
 
 bx_long bx_wire_lists::next(std::uint32_t number, const BX_INSTANCE& inst, const char* name,
                             bx_long after) const noexcept {
-  if (number == none) return -1;
+  if (number == bx_name_lists::none) return -1;
   const bool in_order = lists_[number].in_order;
   for (bx_long i = after + 1; i < inst.getnumwires(); ++i) {
     const int order = bx_compare_names(name, inst.wires[i].name);

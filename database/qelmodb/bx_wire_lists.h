@@ -5,24 +5,18 @@
 // such a list is kept once for all of them.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <memory>
-#include <unordered_map>
 #include <vector>
 
-#include "bx_instance.h"
+#include "bx_name_lists.h"
 #include "bx_text_slots.h"
 
 class bx_wire_lists {
  public:
-  /// The number of the list of an instance without wires.
-  static constexpr std::uint32_t none = UINT32_MAX;
+  explicit bx_wire_lists(std::uint64_t seed) : seed_(seed), numbers_(std::make_unique<bx_name_lists>(seed)) {}
 
-  explicit bx_wire_lists(std::uint64_t seed) : seed_(seed), habits_(std::make_unique<habit_table>()) {}
-
-  /// The number of the list of names that the instance has. Lists are the same when the addresses of their strings
-  /// are.
+  /// The number of the list of names that the instance has, as bx_name_lists gives it.
   std::uint32_t add(const BX_INSTANCE& inst);
 
   /// To be called once, behind the last add.
@@ -46,22 +40,10 @@ class bx_wire_lists {
     std::size_t mask = 0;   // of the table; 0: it has none
   };
 
-  // Which list an instance probably has, by the ends of it: one comparison instead of a hash over all names.
-  struct habit {
-    std::uint64_t ends = 0;
-    std::uint32_t number = none;
-  };
-  using habit_table = std::array<habit, 4096>;
-
-  std::uint64_t hash_of_ends(const DARRAY_BX_WIRE& wires) const noexcept;
-  std::uint64_t hash_of_names(const DARRAY_BX_WIRE& wires) const noexcept;
-  std::uint32_t find_or_make(const DARRAY_BX_WIRE& wires);
   void make_table(list& names);
 
   std::uint64_t seed_;
   std::vector<list> lists_;
   std::vector<bx_text_slot> slots_;
-  // While lists are added.
-  std::unique_ptr<habit_table> habits_;
-  std::unordered_multimap<std::uint64_t, std::uint32_t> numbers_;
+  std::unique_ptr<bx_name_lists> numbers_;  // while lists are added
 };
