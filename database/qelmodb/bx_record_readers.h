@@ -11,10 +11,13 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <string_view>
 #include <vector>
 
+#include "bx_line_parser.h"
 #include "bx_load_storage.h"
 #include "bx_records.h"
+#include "bx_text_names.h"
 #include "ut_ptrfile.h"
 #include "ut_string.h"
 
@@ -41,9 +44,21 @@ class bx_text_reader {
   /// Names become interned strings of intern_in, or private copies when that is null; private copies of
   /// an instance that belongs to a database are kept by it.
   bx_text_reader(UT_STREAM& file, BX_DB* intern_in, BX_DB* keep_in)
-      : file_(file), intern_in_(intern_in), keep_in_(keep_in), separator_(bx_access::separator()) {}
+      : file_(file), intern_in_(intern_in), keep_in_(keep_in), separator_(bx_access::separator()) {
+    if (intern_in_ == nullptr) return;
+    wire_names_ = std::make_unique<bx_text_names>([this](std::string_view text) {
+      set_key(text);
+      bx_cut_name(key_, separator_);
+      return stored_name();
+    });
+  }
+  bx_text_reader(const bx_text_reader&) = delete;
+  bx_text_reader& operator=(const bx_text_reader&) = delete;
 
-  void set_separator(char separator) { separator_ = separator; }
+  void set_separator(char separator) {
+    separator_ = separator;
+    wire_names_.reset();
+  }
 
   bool begin(const bx_record_kind& kind) {
     cut_ = kind.cut_names;
@@ -78,7 +93,8 @@ class bx_text_reader {
     bx_reserve_wires(inst, bx_justified(count, file_, bx_least_wire_size(bx_text_sizes)), count);
     const BX_WIRE fresh;
     for (bx_long i = 0; i < count; ++i) {
-      if (!bx_describe_wire(*this, inst.wires[inst.wires.a_add(&fresh)])) return false;
+      BX_WIRE& wire = inst.wires[inst.wires.a_add(&fresh)];
+      if (!usual_wire(wire) && !bx_describe_wire(*this, wire)) return false;
     }
     return true;
   }
@@ -93,11 +109,40 @@ class bx_text_reader {
   BX_DB* child_top(const BX_INSTANCE& /*parent*/) const noexcept { return intern_in_; }
 
  private:
+  /// Reads a wire whose line is just as one is written: at once, with as good as no search. Any other line is left for
+  /// bx_describe_wire, which gives the same for these.
+  bool usual_wire(BX_WIRE& wire) {
+    if (wire_names_ == nullptr) return false;
+    std::size_t available = 0;
+    const char* const line = file_.peek(bx_longest_wire_line, available);
+    if (available < bx_longest_wire_line) return false;
+    bx_line_parser parser(line);
+    if (!parser.take(bx_wire_record.text_label) || !parser.take("\"")) return false;
+    const bx_text_names::entry* name = wire_names_->find({parser.at(), bx_key_limit});
+    if (name == nullptr) return false;
+    parser.pass(name->text.size() + 1);
+    bx_long x = 0;
+    bx_long y = 0;
+    if (!parser.take(" (") || !parser.take(x) || !parser.take(", ") || !parser.take(y) || !parser.take(")")) {
+      return false;
+    }
+    if (!parser.take("\n") && !parser.take("\r\n")) return false;
+    file_.consume(static_cast<std::size_t>(parser.at() - line));
+    wire.name = name->stored;
+    wire.nameborrowed = false;
+    wire.nodex = x;
+    wire.nodey = y;
+    return true;
+  }
+
   void read_key(char delimiter) {
     const bx_long consumed = file_.readkey(key_, bx_key_limit, delimiter);
     if (consumed <= 0 || consumed > bx_key_limit) std::abort();
     key_[consumed - 1] = '\0';
   }
+
+  /// The text has at most bx_key_limit - 1 characters.
+  void set_key(std::string_view text) { key_[text.copy(key_, bx_key_limit - 1)] = '\0'; }
 
   char* stored_name() {
     if (intern_in_ != nullptr) return bx_access::names(*intern_in_).intern(key_);
@@ -112,6 +157,7 @@ class bx_text_reader {
   char separator_;
   bool cut_ = false;
   char key_[bx_key_limit] = {};
+  std::unique_ptr<bx_text_names> wire_names_;  // null unless names are interned
 };
 
 /// Assembles little-endian numbers.

@@ -7,19 +7,20 @@
 #include <algorithm>
 #include <charconv>
 #include <cstring>
+#include <string_view>
 
 #include "bx_records.h"
 #include "bx_walk.h"
 #include "ut_stream.h"
 #include "ut_string.h"
 
-/// Writes a string of any length.
-inline void bx_write_text(UT_STREAM& file, const char* text) {
-  for (std::size_t left = std::strlen(text); left != 0;) {
-    const std::size_t part = std::min(left, UT_STREAM::max_block);
-    file.write(text, static_cast<bx_long>(part));
-    text += part;
-    left -= part;
+/// Writes a text of any length.
+inline void bx_write_text(UT_STREAM& file, std::string_view text) {
+  while (!text.empty()) {
+    const std::size_t part = std::min(text.size(), UT_STREAM::max_block);
+    std::memcpy(file.room(part), text.data(), part);
+    file.commit(part);
+    text.remove_prefix(part);
   }
 }
 
@@ -33,9 +34,9 @@ class bx_text_writer {
   }
   template <class Object>
   bool name(const Object& object) {
-    file_.write("\"", 1);
+    bx_write_text(file_, "\"");
     bx_write_text(file_, ut_text(object.name));
-    file_.write("\"", 1);
+    bx_write_text(file_, "\"");
     return true;
   }
   bool pair(const char* /*a*/, bx_long first, const char* /*b*/, bx_long second) {
@@ -49,7 +50,7 @@ class bx_text_writer {
     return true;
   }
   bool end() {
-    file_.write("\n", 1);
+    bx_write_text(file_, "\n");
     return true;
   }
   bool count(const char* /*label*/, bx_long number) {
@@ -114,7 +115,7 @@ class bx_binary_grid_writer : public bx_binary_writer {
   template <class Object>
   bool name(const Object& object) {
     bx_write_text(file_, ut_text(object.name));
-    file_.write("", 1);
+    bx_write_text(file_, std::string_view("", 1));
     return true;
   }
 
