@@ -19,6 +19,13 @@ bx_long saturated(std::uint64_t count) noexcept {
 
 }  // namespace
 
+struct UT_STREAM::watched_state {
+  watcher asked;
+  std::int64_t start;  // positions
+  std::int64_t next_due;
+};
+
+UT_STREAM::UT_STREAM() noexcept = default;
 UT_STREAM::~UT_STREAM() = default;
 
 std::size_t UT_STREAM::readbytes(void* /*bytes*/, std::size_t /*count*/) { return 0; }
@@ -31,6 +38,7 @@ void UT_STREAM::read_from_memory(const char* bytes, std::size_t count) noexcept 
   in_memory_ = true;
   read_at_ = bytes;
   read_end_ = bytes + count;
+  moved_ = static_cast<std::int64_t>(count);
 }
 
 void UT_STREAM::reset() noexcept {
@@ -38,6 +46,8 @@ void UT_STREAM::reset() noexcept {
   write_at_ = write_end_ = nullptr;
   in_memory_ = false;
   failed_ = false;
+  moved_ = 0;
+  watched_.reset();
 }
 
 std::int64_t UT_STREAM::bytesleft() const {
@@ -56,6 +66,7 @@ void UT_STREAM::fill(std::size_t count) {
     const std::size_t got = readbytes(buffer_.get() + held, buffer_size - held);
     if (got == 0) break;
     held += got;
+    moved_ += static_cast<std::int64_t>(got);
   }
   read_at_ = buffer_.get();
   read_end_ = read_at_ + held;
@@ -183,6 +194,26 @@ void UT_STREAM::make_room() {
 
 void UT_STREAM::write_block(const char* bytes, std::size_t count) {
   if (count != 0 && !failed_ && !writebytes(bytes, count)) failed_ = true;
+  moved_ += static_cast<std::int64_t>(count);
+}
+
+// What was moved, less what still waits to be read, and what waits to be written.
+std::int64_t UT_STREAM::position() const noexcept {
+  return moved_ - (read_end_ - read_at_) + (write_at_ != nullptr ? write_at_ - buffer_.get() : 0);
+}
+
+void UT_STREAM::watch(watcher asked) {
+  watched_.reset();
+  if (asked) watched_ = std::make_unique<watched_state>(watched_state{std::move(asked), position(), position()});
+}
+
+bool UT_STREAM::ask_when_due() { return position() < watched_->next_due ? !failed_ : ask(); }
+
+bool UT_STREAM::ask() {
+  constexpr std::int64_t step = std::int64_t{1} << 20;
+  watched_->next_due = position() + step;
+  if (!watched_->asked(position() - watched_->start)) failed_ = true;
+  return !failed_;
 }
 
 bx_long UT_STREAM::swrite(const void* bytes, bx_long count) {

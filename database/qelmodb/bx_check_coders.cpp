@@ -68,6 +68,14 @@ void bx_check_context::add(severity level, std::size_t offset, std::string messa
       {level, static_cast<std::int64_t>(offset), line_at(offset), std::move(path), std::move(message)});
 }
 
+bool bx_check_context::report_progress() {
+  constexpr std::size_t step = std::size_t{1} << 20;
+  next_report_ = at_ + step;
+  if (!options_.report) return true;
+  const auto whole = static_cast<std::int64_t>(bytes_.size());
+  return options_.report({"checking", static_cast<std::int64_t>(at_), whole}) || fail(at_, "the check was cancelled");
+}
+
 bool bx_check_context::justified(std::size_t start, const char* label, bx_long count, int least_size,
                                  const char* records) {
   if (count < 0) return fail(start, neoform("the %s is %d", label, count));

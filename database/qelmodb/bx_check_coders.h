@@ -49,6 +49,9 @@ class bx_check_context {
   bool justified(std::size_t start, const char* label, bx_long count, int least_size,
                  const char* records = "such records");
 
+  /// To be called between records. False, and a fault, when the check was cancelled.
+  bool go_on() { return at_ < next_report_ || report_progress(); }
+
   /// Ends a section of the file here; it begins where the last one ended.
   void end_section(const char* name) {
     const std::int64_t start =
@@ -61,12 +64,14 @@ class bx_check_context {
 
  private:
   std::int64_t line_at(std::size_t offset);
+  bool report_progress();
 
   std::string_view bytes_;
   qelmodb::check_options options_;
   std::size_t at_ = 0;
   std::size_t line_start_ = 0;  // up to where line ends were counted
   std::int64_t line_ = 1;
+  std::size_t next_report_ = 0;
 };
 
 class bx_text_checker {

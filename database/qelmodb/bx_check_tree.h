@@ -45,6 +45,7 @@ class bx_tree_checker {
   };
 
   bool enter() {
+    if (!context_.go_on()) return false;
     const std::size_t start = context_.at();
     typename Form::record inst;
     if (!form_.head(inst)) return false;
@@ -144,7 +145,7 @@ class bx_instance_form {
     for (bx_long i = 0; i < count; ++i) {
       const std::size_t start = context_.at();
       bx_check_record wire;
-      if (!bx_describe_wire(coder_, wire)) return false;
+      if (!context_.go_on() || !bx_describe_wire(coder_, wire)) return false;
       order.next(start, wire.name);
       if (wire.name.find('$') != std::string_view::npos) ++context_.report.dollar_wires;
     }

@@ -14,6 +14,7 @@ bool write_skeleton(UT_PTRFILE& file, BX_INSTANCE& root) {
   bx_template_writer writer(file);
   return bx_walk_steps(root, [&](BX_INSTANCE& inst, bx_long /*depth*/) {
     if (&inst != &root && bx_is_derived(inst)) return inst.writecompress(&file) != 0 ? bx_step::past : bx_step::stop;
+    if (!file.go_on()) return bx_step::stop;
     bx_describe_skeleton(writer, inst);
     writer.count(bx_child_count_label, bx_count_children(inst));
     return bx_step::into;
@@ -25,7 +26,7 @@ bool read_layouts(UT_PTRFILE& file, std::vector<ASS_TEMPLATE*>& layouts) {
   bx_template_reader(file).field("template count", count);
   for (bx_long i = 0; i < count; ++i) {
     auto fresh = std::make_unique<ASS_TEMPLATE>();
-    if (fresh->readme(&file) == 0 || !file.ok()) return false;
+    if (fresh->readme(&file) == 0 || !file.ok() || !file.go_on()) return false;
     layouts.push_back(fresh.get());
     static_cast<void>(fresh.release());
   }
@@ -49,7 +50,7 @@ unsigned char BX_DB::writecompress(UT_PTRFILE* file) {
   if (basicasstemplate->writeme_sm(file) == 0) return 0;
   bx_template_writer(*file).count("template count", static_cast<bx_long>(asstemplates.size()));
   for (const ASS_TEMPLATE* layout : asstemplates) {
-    if (layout->writeme(file) == 0) return 0;
+    if (!file->go_on() || layout->writeme(file) == 0) return 0;
   }
   return write_skeleton(*file, *this) ? 1 : 0;
 }

@@ -89,7 +89,7 @@ bool read_binary_database(BX_DB& db, UT_PTRFILE& file) {
 bool read_compressed_database(BX_DB& db, UT_PTRFILE& file) {
   if (!read_names(db, file)) return false;
   const bool read = db.readcompress(&file) != 0;
-  const bool restored = bx_restore_tree(db);
+  const bool restored = bx_restore_tree(db, [&file] { return file.go_on_now(); });
   return names_resolved(db, file.fixtable()) && read && restored;
 }
 

@@ -93,6 +93,8 @@ class bx_text_reader {
     bx_reserve_wires(inst, bx_justified(count, file_, bx_least_wire_size(bx_text_sizes)), count);
     const BX_WIRE fresh;
     for (bx_long i = 0; i < count; ++i) {
+      constexpr bx_long between = 1024;
+      if (i % between == between - 1 && !file_.go_on()) return false;
       BX_WIRE& wire = inst.wires[inst.wires.a_add(&fresh)];
       if (!usual_wire(wire) && !bx_describe_wire(*this, wire)) return false;
     }
@@ -280,6 +282,7 @@ class bx_binary_reader : protected bx_stream_source, public bx_reference_reader<
       for (bx_long i = done; i < done + whole; ++i) bx_describe_wire(reader, wires[i]);
       file_.consume(static_cast<std::size_t>(whole) * record);
       done += whole;
+      if (done < count && !file_.go_on()) return false;
     }
     return true;
   }
@@ -369,6 +372,8 @@ bool bx_read_tree(Reader& reader, BX_INSTANCE& root, int least_size, ReadHead re
   while (good && !path.empty()) {
     place& here = path.back();
     if (here.left > 0) {
+      good = reader.file().go_on();
+      if (!good) break;
       --here.left;
       auto fresh = std::make_unique<BX_INSTANCE>(nullptr, 0, 0, 0, 0);
       fresh->top = reader.child_top(*here.inst);

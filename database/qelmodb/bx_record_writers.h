@@ -28,6 +28,8 @@ class bx_text_writer {
  public:
   explicit bx_text_writer(UT_STREAM& file) : file_(file) {}
 
+  bool go_on() { return file_.go_on(); }
+
   bool begin(const bx_record_kind& kind) {
     bx_write_text(file_, kind.text_label);
     return true;
@@ -78,6 +80,8 @@ class bx_text_writer {
 class bx_binary_writer {
  public:
   explicit bx_binary_writer(UT_STREAM& file) : file_(file) {}
+
+  bool go_on() { return file_.go_on(); }
 
   bool begin(const bx_record_kind& /*kind*/) { return true; }
   template <class Object>
@@ -132,12 +136,17 @@ inline bx_long bx_count_children(const BX_INSTANCE& inst) {
 /// Writes the subtree. Null children are left out and not counted.
 template <class Writer>
 bool bx_write_tree(Writer& writer, const BX_INSTANCE& root, bool with_wires) {
+  constexpr bx_long between = 1024;
   return bx_walk(root, [&](const BX_INSTANCE& inst, bx_long /*depth*/) {
-    if (!bx_describe_instance(writer, inst)) return false;
+    if (!writer.go_on() || !bx_describe_instance(writer, inst)) return false;
     if (with_wires) {
       if (!writer.count(bx_wire_count_label, inst.wires.getcount())) return false;
+      bx_long until_asked = between;
       for (const BX_WIRE& wire : inst.wires) {
         if (!bx_describe_wire(writer, wire)) return false;
+        if (--until_asked > 0) continue;
+        until_asked = between;
+        if (!writer.go_on()) return false;
       }
     }
     return writer.count(bx_child_count_label, bx_count_children(inst));

@@ -310,14 +310,20 @@ bool restore_instance(bx_restorer& restorer, BX_INSTANCE& inst) {
 
 }  // namespace
 
-bool bx_restore_tree(BX_INSTANCE& root) {
+bool bx_restore_tree(BX_INSTANCE& root, const std::function<bool()>& go_on) {
+  constexpr int between = 8192;  // instances
   bx_restorer restorer;
   bool good = true;
-  bx_walk(root, [&](BX_INSTANCE& inst, bx_long /*depth*/) {
+  int until_asked = between;
+  const bool whole = bx_walk(root, [&](BX_INSTANCE& inst, bx_long /*depth*/) {
     good &= restore_instance(restorer, inst);
-    return true;
+    if (--until_asked > 0) return true;
+    until_asked = between;
+    return go_on();
   });
-  return good;
+  return good && whole;
 }
 
-void BX_INSTANCE::restore() { bx_restore_tree(*this); }
+void BX_INSTANCE::restore() {
+  bx_restore_tree(*this, [] { return true; });
+}

@@ -4,6 +4,7 @@
 // Names and wires of a tree from the templates it refers to.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <unordered_map>
 
@@ -53,5 +54,6 @@ class bx_restorer {
   int wire_count_ = 0;
 };
 
-/// Restores the subtree. False when a reference led nowhere; all others are restored all the same.
-bool bx_restore_tree(BX_INSTANCE& root);
+/// Restores the subtree. False when a reference led nowhere; all others are restored all the same. Ends early, and
+/// false, when go_on gives false; it is asked now and then.
+bool bx_restore_tree(BX_INSTANCE& root, const std::function<bool()>& go_on);

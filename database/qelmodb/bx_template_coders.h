@@ -22,6 +22,7 @@ class bx_template_writer : public bx_binary_writer {
   bool array(const char* label, std::uint16_t count, const Item* items, int /*least_size*/, Describe describe) {
     field(label, count);
     for (int i = 0; i < count; ++i) {
+      if (!file_.go_on()) return false;
       if (!describe(items[i])) return false;
     }
     return true;
@@ -94,7 +95,7 @@ class bx_template_reader : public bx_binary_reader {
     if (stored == 0) return true;
     items = new Item[stored];
     count = stored;
-    for (int i = 0; i < count && file_.ok(); ++i) {
+    for (int i = 0; i < count && file_.go_on() && file_.ok(); ++i) {
       if (!describe(items[i])) return false;
     }
     return true;

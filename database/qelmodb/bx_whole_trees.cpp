@@ -49,19 +49,43 @@ std::vector<const BX_INSTANCE*> children_of(const BX_INSTANCE& inst) {
   return children;
 }
 
+/// Reports what goes through a stream while it lives.
+class stream_watch {
+ public:
+  stream_watch(UT_STREAM& file, const char* step, std::int64_t whole, const qelmodb::work_options& options)
+      : file_(file) {
+    if (!options.report) return;
+    file_.watch([step, whole, &options](std::int64_t done) { return options.report({step, done, whole}); });
+  }
+  stream_watch(const stream_watch&) = delete;
+  stream_watch& operator=(const stream_watch&) = delete;
+  ~stream_watch() { file_.watch({}); }
+
+ private:
+  UT_STREAM& file_;
+};
+
+// 0 for a stream that does not tell.
+std::int64_t length_of(const UT_STREAM& file) {
+  const std::int64_t left = file.bytesleft();
+  return left != INT64_MAX ? left : 0;
+}
+
 }  // namespace
 
 namespace qelmodb {
 
 const char* version() noexcept { return QELMODB_VERSION; }
 
-bool load(BX_DB& db, UT_PTRFILE& file, content what) {
+bool load(BX_DB& db, UT_PTRFILE& file, content what, const work_options& options) {
+  const stream_watch watch(file, "reading", length_of(file), options);
   char letter = '\0';
   if (!bx_read_first_line(file, letter)) return false;
   return what == content::grid ? bx_read_grid(db, file, letter) : bx_read_database(db, file, letter);
 }
 
-bool dump(const BX_DB& db, UT_PTRFILE& file, form as, content what) {
+bool dump(const BX_DB& db, UT_PTRFILE& file, form as, content what, const work_options& options) {
+  const stream_watch watch(file, "writing", 0, options);
   const bool ascii = as == form::text;
   bool written = false;
   if (as == form::compressed) {

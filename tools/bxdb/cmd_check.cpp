@@ -14,9 +14,10 @@ namespace bxdb {
 namespace {
 
 qelmodb::check_report checked(const input_file& input, std::size_t most_faults) {
-  const progress shown("checking " + input.name);
+  progress shown("checking " + input.name);
   qelmodb::check_options options;
   options.most_faults = most_faults;
+  options.report = shown.options().report;
   return qelmodb::check_bytes(input.bytes, input.what, options);
 }
 

@@ -48,10 +48,10 @@ bool compressed(const loaded_database& loaded, const convert_options& options, q
 
 /// The bytes that are to stand in the output, packed.
 std::string finished_bytes(const loaded_database& loaded, qelmodb::form as, packing how, const std::string& out) {
-  const progress shown("writing " + out);
+  progress shown("writing " + out);
   UT_MEMFILE memory;
   packing_stream stream(how, memory);
-  if (!qelmodb::dump(*loaded.db, stream, as, loaded.what) || !stream.finish()) {
+  if (!qelmodb::dump(*loaded.db, stream, as, loaded.what, shown.options()) || !stream.finish()) {
     throw failure(out + ": not written: the database could not be put into this form");
   }
   return memory.bytes();
@@ -65,11 +65,11 @@ bool as_expected(const loaded_database& loaded, const BX_DB& back, const qelmodb
 /// Reads the bytes as if they came from the file and compares the result with what they were made of.
 void verify(const std::string& bytes, packing how, const loaded_database& loaded, const convert_options& options,
             const qelmodb::compression_losses& losses) {
-  const progress shown("reading back " + options.out);
+  progress shown("reading back " + options.out);
   UT_MEMFILE file(unpack(bytes, how, options.out, bytes.max_size() / 2));
   const auto back = std::make_unique<BX_DB>();
   back->setseparator('$');
-  if (!qelmodb::load(*back, file, loaded.what) || !as_expected(loaded, *back, losses)) {
+  if (!qelmodb::load(*back, file, loaded.what, shown.options()) || !as_expected(loaded, *back, losses)) {
     throw failure(options.out + ": not written: reading it back does not give what " + options.in + " holds");
   }
 }

@@ -61,19 +61,21 @@ loaded_database load_database(const std::string& name, const input_options& opti
   loaded.size = input.bytes.size();
   loaded.what = input.what;
   {
-    const progress shown("checking " + name);
-    loaded.times.check = timed([&] { loaded.report = qelmodb::check_bytes(input.bytes, input.what); });
+    progress shown("checking " + name);
+    qelmodb::check_options check;
+    check.report = shown.options().report;
+    loaded.times.check = timed([&] { loaded.report = qelmodb::check_bytes(input.bytes, input.what, check); });
   }
   if (!loaded.report.loadable()) refuse(name, loaded.report);
   check_growth(name, loaded.report, options.max_size);
 
-  const progress shown("loading " + name);
+  progress shown("loading " + name);
   loaded.db = std::make_unique<BX_DB>();
   loaded.db->setseparator(options.cut ? '\0' : '$');
   bool complete = false;
   loaded.times.load = timed([&] {
     UT_MEMFILE file(std::move(input.bytes));
-    complete = qelmodb::load(*loaded.db, file, input.what);
+    complete = qelmodb::load(*loaded.db, file, input.what, shown.options());
   });
   if (!complete) throw failure(name + ": not loaded, though no fault was found; is there enough memory?");
   return loaded;

@@ -33,6 +33,15 @@ progress::~progress() {
   watcher_.join();
 }
 
+qelmodb::work_options progress::options() {
+  if (!watcher_.joinable()) return {};
+  return {[this](const qelmodb::progress& now) {
+    done_ = now.done;
+    whole_ = now.whole;
+    return true;
+  }};
+}
+
 void progress::watch() {
   const auto start = std::chrono::steady_clock::now();
   bool shown = false;
@@ -40,7 +49,9 @@ void progress::watch() {
   for (auto next = start + std::chrono::seconds(1);; next += std::chrono::milliseconds(500)) {
     if (changed_.wait_until(lock, next, [this] { return over_; })) break;
     const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
-    fmt::print(stderr, "\r\033[Kbxdb: {} ... {:.1f} s", phase_, taken.count());
+    const std::int64_t whole = whole_;
+    const std::string share = whole > 0 ? fmt::format(" {} %", 100 * done_ / whole) : std::string();
+    fmt::print(stderr, "\r\033[Kbxdb: {} ...{} {:.1f} s", phase_, share, taken.count());
     std::fflush(stderr);
     shown = true;
   }

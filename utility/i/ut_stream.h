@@ -12,6 +12,7 @@
 
 #include <cstddef>
 #include <cstring>
+#include <functional>
 #include <memory>
 
 #include "ut_types.h"
@@ -70,6 +71,21 @@ class BX_API UT_STREAM {
   /// hold. 2^63 - 1 when the stream cannot tell.
   std::int64_t bytesleft() const;
 
+  // ---- being watched
+
+  /// Told how many bytes were read or written since the stream was watched; false asks for an end.
+  using watcher = std::function<bool(std::int64_t)>;
+
+  /// From now on the watcher is asked, about once for each megabyte, where the users of the stream call go_on. An empty
+  /// one ends that.
+  void watch(watcher asked);
+
+  /// To be called between records. False when the watcher asked for an end; that counts as a fault of the stream.
+  bool go_on() { return watched_ == nullptr || ask_when_due(); }
+
+  /// The same, asking at once: for work that follows the reading.
+  bool go_on_now() { return watched_ == nullptr || ask(); }
+
   // ---- blocks: the fast way for whole records
 
   /// The bytes that can be read next, without consuming them: at least count, or fewer at the end
@@ -94,7 +110,7 @@ class BX_API UT_STREAM {
   static constexpr std::size_t max_block = std::size_t{64} << 10;
 
  protected:
-  UT_STREAM() noexcept = default;
+  UT_STREAM() noexcept;
 
   /// Reads up to count bytes; 0 means the end or a fault.
   virtual std::size_t readbytes(void* bytes, std::size_t count);
@@ -112,8 +128,13 @@ class BX_API UT_STREAM {
   void reset() noexcept;
 
  private:
+  struct watched_state;
+
   void fill(std::size_t count);
   void make_room();
+  std::int64_t position() const noexcept;
+  bool ask_when_due();
+  bool ask();
   void write_block(const char* bytes, std::size_t count);
 
   std::unique_ptr<char[]> buffer_;
@@ -123,4 +144,6 @@ class BX_API UT_STREAM {
   char* write_end_ = nullptr;
   bool in_memory_ = false;
   bool failed_ = false;
+  std::int64_t moved_ = 0;  // bytes that went through the buffer, as far as it is not a place between its ends
+  std::unique_ptr<watched_state> watched_;
 };

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -28,6 +29,23 @@ enum class form { text, binary, compressed };
 
 BX_API const char* to_string(content what) noexcept;
 BX_API const char* to_string(form what) noexcept;
+
+// ---- long work
+
+/// How far long work has come.
+struct progress {
+  const char* step;    ///< "reading", "writing" or "checking"
+  std::int64_t done;   ///< bytes of the file. While the tree of a compressed file is restored these stay all.
+  std::int64_t whole;  ///< when all is done; 0 when that is not known, as of a file that is written
+};
+
+/// Called by the thread that works, at the first record and then between records, about once for each megabyte. False
+/// cancels the work, which then ends as if the file were damaged at that place. Must not touch what is worked on.
+using progress_report = std::function<bool(const progress&)>;
+
+struct work_options {
+  progress_report report;  ///< may be empty
+};
 
 // ---- checking
 
@@ -59,6 +77,9 @@ struct file_section {
 struct check_options {
   /// Faults of one severity beyond this number are counted, but not described.
   std::size_t most_faults = 100;
+
+  /// May be empty. A check that was cancelled has an error that says so.
+  progress_report report = {};
 };
 
 /// What a check found.
@@ -99,13 +120,13 @@ BX_API content detect_content(std::string_view bytes);
 
 /// Loads what the stream holds, first line included, as BX_DB::load and loadgrid do; KRT_LARGE_DESIGN is
 /// not looked at. A damaged text file may end the process: check the bytes first. False also when memory
-/// runs out.
-BX_API bool load(BX_DB& db, UT_PTRFILE& file, content what);
+/// runs out, or when it was cancelled: db then holds what was read so far, as after any load that fails.
+BX_API bool load(BX_DB& db, UT_PTRFILE& file, content what, const work_options& options = {});
 
 /// Writes the database to the stream, as BX_DB::dump, dumpgrid and dumpcompress do; the caller commits the stream.
-/// False when the stream failed. The compressed form is one of databases that were compressed: false for any other,
-/// and for grids.
-BX_API bool dump(const BX_DB& db, UT_PTRFILE& file, form as, content what);
+/// False when the stream failed, or when it was cancelled, which fails the stream. The compressed form is one of
+/// databases that were compressed: false for any other, and for grids.
+BX_API bool dump(const BX_DB& db, UT_PTRFILE& file, form as, content what, const work_options& options = {});
 
 /// Something that a file of a form could not hold.
 struct objection {
