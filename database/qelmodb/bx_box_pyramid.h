@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "ut_extrema.h"
+#include "ut_large_vector.h"
 
 class bx_box_pyramid {
  public:
@@ -43,7 +44,7 @@ class bx_box_pyramid {
   };
 
   struct level {
-    std::vector<block> blocks;
+    UT_LARGE_VECTOR<block> blocks;
     std::size_t boxes = 0;
 
     void add(const UT_EXTREMA& box);

@@ -47,7 +47,7 @@ void fetch(const void*) noexcept {}
 // first and, once the rest is short, for all of it: the search then waits for memory twice, not at each step.
 class fetched_ahead {
  public:
-  explicit fetched_ahead(const UT_DARRAY<BX_WIRE>& wires) noexcept : wires_(wires) {
+  explicit fetched_ahead(const DARRAY_BX_WIRE& wires) noexcept : wires_(wires) {
     const bx_long count = wires.getcount();
     for (bx_long eighth = 1; count > few && eighth < 8; ++eighth) {
       fetch(&wires[static_cast<bx_long>(std::int64_t{count} * eighth / 8)]);
@@ -64,47 +64,22 @@ class fetched_ahead {
  private:
   static constexpr bx_long few = 16;
 
-  const UT_DARRAY<BX_WIRE>& wires_;
+  const DARRAY_BX_WIRE& wires_;
   bool done_ = false;
 };
 
-struct not_fetched {
-  explicit not_fetched(const DARRAY_BX_INSTPTR&) noexcept {}
-  void rest(bx_long, bx_long) noexcept {}
-};
-
-// The first of the adjacent elements of this name. The steps are those of UT_DARRAY::a_bsearch, on which depends what
-// is found in an array that is out of order.
-template <class Order, class Fetched, class Element>
-bx_long first_of(const UT_DARRAY<Element>& elements, const char* name) noexcept {
-  Fetched fetched(elements);
-  bx_long lo = 0;
-  bx_long hi = elements.getcount() - 1;
-  while (lo <= hi) {
-    fetched.rest(lo, hi);
-    bx_long mid = lo + (hi - lo) / 2;
-    const int order = Order::compare(name, name_of(elements[mid]));
-    if (order == 0) {
-      while (mid > 0 && Order::compare(name, name_of(elements[mid - 1])) == 0) --mid;
-      return mid;
-    }
-    if (order < 0) {
-      hi = mid - 1;
-    } else {
-      lo = mid + 1;
-    }
-  }
-  return -1;
-}
-
 template <class Order>
-bx_long first_of(const UT_DARRAY<BX_WIRE>& wires, const char* name) noexcept {
-  return first_of<Order, fetched_ahead>(wires, name);
+bx_long first_of(const DARRAY_BX_WIRE& wires, const char* name) noexcept {
+  fetched_ahead fetched(wires);
+  return wires.a_bsearch(
+      name, [](const char* key, const BX_WIRE& wire) noexcept { return Order::compare(key, name_of(wire)); },
+      [&fetched](bx_long lo, bx_long hi) noexcept { fetched.rest(lo, hi); });
 }
 
 template <class Order>
 bx_long first_of(const DARRAY_BX_INSTPTR& children, const char* name) noexcept {
-  return first_of<Order, not_fetched>(children, name);
+  return children.a_bsearch(
+      name, [](const char* key, BX_INSTANCE* const& child) noexcept { return Order::compare(key, name_of(child)); });
 }
 
 // The search by name in a wire or child array. Behind a start the first element that the name does not

@@ -10,6 +10,7 @@
 
 #include "bx_instance.h"
 #include "bx_text_slots.h"
+#include "ut_large_vector.h"
 
 class bx_named_instances {
  public:
@@ -25,7 +26,7 @@ class bx_named_instances {
   class numbering;
 
   std::uint64_t seed_;
-  std::vector<BX_INSTANCE*> sorted_;
+  UT_LARGE_VECTOR<BX_INSTANCE*> sorted_;
   std::vector<std::uint32_t> begins_;  // in sorted_, of each name, and the end of the last
   std::vector<bx_text_slot> slots_;
 };

@@ -13,6 +13,7 @@
 
 #include "bx_instance.h"
 #include "ut_arith.h"
+#include "ut_large_vector.h"
 
 class bx_node_runs {
  public:
@@ -67,10 +68,10 @@ class bx_node_runs {
   std::span<BX_INSTANCE* const> instances_;
   std::uint64_t factor_;  // odd and secret: nobody can make nodes that all meet in one place of the table
   int shift_ = 0;         // cells are 2^shift_ wide and high, and boxes smaller
-  std::vector<run> runs_;
+  UT_LARGE_VECTOR<run> runs_;
   int table_shift_ = 63;
-  std::vector<std::uint32_t> begins_;  // in filed_, of each place, and the end of the last
-  std::vector<std::uint32_t> filed_;   // numbers of runs, ascending within a place
+  UT_LARGE_VECTOR<std::uint32_t> begins_;  // in filed_, of each place, and the end of the last
+  UT_LARGE_VECTOR<std::uint32_t> filed_;   // numbers of runs, ascending within a place
 };
 
 // A box is smaller than a cell, so one that covers a point begins in the cell of the point, in the one to the left, the

@@ -119,7 +119,7 @@ class bx_binary_grid_writer : public bx_binary_writer {
   template <class Object>
   bool name(const Object& object) {
     bx_write_text(file_, ut_text(object.name));
-    bx_write_text(file_, std::string_view("", 1));
+    bx_write_text(file_, std::string_view("\0", 1));
     return true;
   }
 

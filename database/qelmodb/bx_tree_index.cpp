@@ -11,6 +11,7 @@
 #include "bx_walk.h"
 #include "bx_wire_lists.h"
 #include "qelmoindex.h"
+#include "ut_large_vector.h"
 #include "ut_string.h"
 
 namespace qelmodb {
@@ -66,10 +67,10 @@ class walked_tree {
     }
   }
 
-  std::vector<BX_INSTANCE*> instances_;
-  std::vector<std::uint32_t> parents_;
-  std::vector<std::uint32_t> ends_;
-  std::vector<bx_long> depths_;
+  UT_LARGE_VECTOR<BX_INSTANCE*> instances_;
+  UT_LARGE_VECTOR<std::uint32_t> parents_;
+  UT_LARGE_VECTOR<std::uint32_t> ends_;
+  UT_LARGE_VECTOR<bx_long> depths_;
   bx_box_pyramid boxes_;
   std::size_t wires_ = 0;
 };

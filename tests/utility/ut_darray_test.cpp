@@ -88,6 +88,20 @@ TEST(DynamicArray, LeavesBorrowedStorageAloneWhenEmptiedOrDestroyed) {
   storage[0].key = 5;
 }
 
+TEST(DynamicArray, TellsWhatASearchHasLeft) {
+  UT_DARRAY<bx_long> a;
+  for (bx_long i = 0; i < 100; ++i) a.a_add(&i);
+  std::vector<std::pair<bx_long, bx_long>> left;
+  const auto against = [](bx_long key, const bx_long& element) { return key - element; };
+  EXPECT_EQ(a.a_bsearch(bx_long{70}, against, [&left](bx_long lo, bx_long hi) { left.emplace_back(lo, hi); }), 70);
+  ASSERT_GT(left.size(), 3U);
+  EXPECT_EQ(left.front(), std::pair(0, 99));
+  for (std::size_t i = 1; i < left.size(); ++i) {
+    EXPECT_LE(left[i].second - left[i].first, (left[i - 1].second - left[i - 1].first) / 2);
+    EXPECT_TRUE(left[i].first <= 70 && 70 <= left[i].second);
+  }
+}
+
 TEST(DynamicArray, CopiedUnderAManagerThatReturnsHasNothingOfTheBorrowedStorage) {
   struct returning_manager : UT_MSGMAN {
     void msgfatal(const char*, const char*, const char*, short, const char*, bx_long, bx_long) override {}

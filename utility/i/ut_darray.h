@@ -140,12 +140,14 @@ class UT_DARRAY : public UT_BASE_ARRAY {
 
   /// The index of the first of the adjacent elements for which compare(key, element) is 0, or -1.
   /// compare takes the key as given and a const T* (or const T&); it is negative when the key sorts
-  /// before the element. O(log n) comparisons plus one for each equal element stepped over.
-  template <class Key, class Compare>
-  bx_long a_bsearch(const Key& key, Compare compare) const {
+  /// before the element. O(log n) comparisons plus one for each equal element stepped over. ahead(lo, hi) is told
+  /// before each step which elements are left, first and last, so that it may have them fetched from memory.
+  template <class Key, class Compare, class Ahead>
+  bx_long a_bsearch(const Key& key, Compare compare, Ahead ahead) const {
     bx_long lo = 0;
     bx_long hi = count_ - 1;
     while (lo <= hi) {
+      ahead(lo, hi);
       bx_long mid = lo + (hi - lo) / 2;
       const auto order = key_against(compare, key, elements() + mid);
       if (order == 0) {
@@ -159,6 +161,12 @@ class UT_DARRAY : public UT_BASE_ARRAY {
       }
     }
     return -1;
+  }
+
+  /// The same without a word.
+  template <class Key, class Compare>
+  bx_long a_bsearch(const Key& key, Compare compare) const {
+    return a_bsearch(key, compare, [](bx_long, bx_long) noexcept {});
   }
 
   /// The index of the element at this address, or -1 when the address is not one of an element.
