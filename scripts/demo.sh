@@ -36,7 +36,10 @@ done
 run $bxdb diff $device.bxd $device-back.bxd.zst
 run $bxdb diff $device.bxd $device-compressed.bxd
 run $bxdb at $device.bxd 500 500
-run $bxdb node $device.bxd 500 500
+# Where the wire of this name begins in the first tile that has one, when the device has wires enough.
+node=$($bxdb find $device.bxd E1BEG0 --wires | sed -n '1s/.*(\(.*\), \(.*\))/\1 \2/p') || node=
+# shellcheck disable=SC2086
+[ -z "$node" ] || run $bxdb node $device.bxd $node
 echo '{"at": [500, 500]}' >$device.question
 run $bxdb query $device.bxd <$device.question
 # The lowest row inside the I/O ring; its first matrix stands in any device.
