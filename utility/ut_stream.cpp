@@ -209,10 +209,12 @@ void UT_STREAM::watch(watcher asked) {
 
 bool UT_STREAM::ask_when_due() { return position() < watched_->next_due ? !failed_ : ask(); }
 
+// A stream that failed, by an answer of the watcher or otherwise, is at its end: nobody is asked any more.
 bool UT_STREAM::ask() {
   constexpr std::int64_t step = std::int64_t{1} << 20;
+  if (failed_) return false;
   watched_->next_due = position() + step;
-  if (!watched_->asked(position() - watched_->start)) failed_ = true;
+  failed_ = !watched_->asked(position() - watched_->start);
   return !failed_;
 }
 

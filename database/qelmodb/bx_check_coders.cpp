@@ -229,6 +229,7 @@ bool bx_binary_checker::name_table() {
   if (!context_.justified(start, "name count", count, least_entry, "names")) return false;
   table_.reserve(static_cast<std::size_t>(count));
   for (bx_long i = 0; i < count; ++i) {
+    if (!context_.go_on()) return false;
     const std::size_t entry = context_.at();
     const char* bytes = take("a name's address", 8);
     if (bytes == nullptr) return false;

@@ -202,7 +202,7 @@ bool bx_template_checker::templates() {
   for (bx_long i = 0; i < count; ++i) {
     context_.part = neoform("template %d", i);
     bx_checked_layout known;
-    if (!layout(known)) return false;
+    if (!context_.go_on() || !layout(known)) return false;
     layouts_.push_back(known);
   }
   context_.part.clear();

@@ -134,9 +134,9 @@ class bx_template_checker : public bx_binary_checker {
   };
 
   template <class Do>
-  static bool each(int count, Do act) {
+  bool each(int count, Do act) {
     for (int i = 0; i < count; ++i) {
-      if (!act(i)) return false;
+      if (!context_.go_on() || !act(i)) return false;
     }
     return true;
   }

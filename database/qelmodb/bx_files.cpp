@@ -49,6 +49,7 @@ bool read_names(BX_DB& db, UT_PTRFILE& file) {
   const auto count = bytes != nullptr ? static_cast<bx_long>(static_cast<bx_ulong>(bx_decode(bytes, 4))) : 0;
   if (count > 0) db.names.a_reserve(bx_justified(count, file, least_entry));
   for (bx_long i = 0; i < count; ++i) {
+    if (!file.go_on()) return false;
     bytes = source.take(8);
     if (bytes == nullptr) return false;
     const std::uint64_t address = bx_decode(bytes, 8);

@@ -21,9 +21,9 @@ class bx_instance_numbers {
   };
 
   /// For count instances: at least a quarter of the table stays free.
-  bx_instance_numbers(std::size_t count, std::uint64_t seed)
+  explicit bx_instance_numbers(std::size_t count)
       : mask_(std::bit_ceil(count + count / 3 + 1) - 1),
-        seed_(seed),
+        seed_(ut_hash_seed()),
         entries_(static_cast<entry*>(memory_.take((mask_ + 1) * sizeof(entry)))) {}
 
   void add(const entry& added) noexcept { *place_of(*added.inst) = added; }

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <vector>
 
+#include "bx_fetch.h"
 #include "bx_instance.h"
 #include "bx_internal_error.h"
 #include "bx_order.h"
@@ -37,12 +38,6 @@ int by_stem::compare(const char* a, const char* b) noexcept {
 const char* name_of(const BX_WIRE& wire) noexcept { return wire.name; }
 const char* name_of(const BX_INSTANCE* child) noexcept { return child != nullptr ? child->name : nullptr; }
 
-#ifdef __GNUC__
-void fetch(const void* memory) noexcept { __builtin_prefetch(memory); }
-#else
-void fetch(const void*) noexcept {}
-#endif
-
 // Of the wires of an instance, of which few are in the cache, asks for those that a search by halving will look at
 // first and, once the rest is short, for all of it: the search then waits for memory twice, not at each step.
 class fetched_ahead {
@@ -50,15 +45,14 @@ class fetched_ahead {
   explicit fetched_ahead(const DARRAY_BX_WIRE& wires) noexcept : wires_(wires) {
     const bx_long count = wires.getcount();
     for (bx_long eighth = 1; count > few && eighth < 8; ++eighth) {
-      fetch(&wires[static_cast<bx_long>(std::int64_t{count} * eighth / 8)]);
+      bx_fetch(&wires[static_cast<bx_long>(std::int64_t{count} * eighth / 8)]);
     }
   }
 
   void rest(bx_long lo, bx_long hi) noexcept {
     if (done_ || hi - lo > few) return;
     done_ = true;
-    constexpr bx_long wires_of_line = 64 / sizeof(BX_WIRE);
-    for (bx_long i = lo; i <= hi; i += wires_of_line) fetch(&wires_[i]);
+    bx_fetch_wires(&wires_[lo], hi - lo + 1);
   }
 
  private:

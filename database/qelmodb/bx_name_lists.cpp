@@ -26,6 +26,8 @@ bool same_names(const char* const* names, const BX_WIRE* wires, std::size_t coun
 
 }  // namespace
 
+bx_name_lists::bx_name_lists() : seed_(ut_hash_seed()), habits_(std::make_unique<habit_table>()) {}
+
 bool bx_name_lists::is_list(std::uint32_t number, const DARRAY_BX_WIRE& wires) const noexcept {
   const list& known = lists_[number];
   return known.count == static_cast<std::size_t>(wires.getcount()) &&

@@ -18,7 +18,7 @@ class bx_name_lists {
   /// The number of the list of an instance without wires.
   static constexpr std::uint32_t none = UINT32_MAX;
 
-  explicit bx_name_lists(std::uint64_t seed) : seed_(seed), habits_(std::make_unique<habit_table>()) {}
+  bx_name_lists();
 
   struct answer {
     std::uint32_t number;

@@ -9,13 +9,13 @@
 #include <vector>
 
 #include "bx_instance.h"
-#include "bx_text_slots.h"
+#include "bx_text_table.h"
 #include "ut_large_vector.h"
 
 class bx_named_instances {
  public:
   /// Sorts instances by name; those of one name keep their order.
-  bx_named_instances(std::span<BX_INSTANCE* const> instances, std::uint64_t seed);
+  explicit bx_named_instances(std::span<BX_INSTANCE* const> instances);
 
   /// Those of this name. name is not null.
   std::span<BX_INSTANCE* const> find(const char* name) const noexcept;
@@ -25,8 +25,7 @@ class bx_named_instances {
  private:
   class numbering;
 
-  std::uint64_t seed_;
   UT_LARGE_VECTOR<BX_INSTANCE*> sorted_;
   std::vector<std::uint32_t> begins_;  // in sorted_, of each name, and the end of the last
-  std::vector<bx_text_slot> slots_;
+  bx_text_table numbers_;
 };

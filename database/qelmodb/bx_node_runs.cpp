@@ -7,8 +7,10 @@
 #include <bit>
 #include <stdexcept>
 
-bx_node_runs::bx_node_runs(std::span<BX_INSTANCE* const> instances, std::size_t wires, std::uint64_t seed)
-    : instances_(instances), factor_(seed | 1) {
+#include "ut_hash.h"
+
+bx_node_runs::bx_node_runs(std::span<BX_INSTANCE* const> instances, std::size_t wires)
+    : instances_(instances), factor_(ut_hash_seed() | 1) {
   choose_box_size();
   runs_.reserve(wires / 8);
 }

@@ -11,6 +11,7 @@
 #include <span>
 #include <vector>
 
+#include "bx_fetch.h"
 #include "bx_instance.h"
 #include "ut_arith.h"
 #include "ut_large_vector.h"
@@ -19,7 +20,7 @@ class bx_node_runs {
  public:
   /// For the wires of these instances, which are borrowed; wires is their number. Chooses by a sample how large the
   /// boxes may be.
-  bx_node_runs(std::span<BX_INSTANCE* const> instances, std::size_t wires, std::uint64_t seed);
+  bx_node_runs(std::span<BX_INSTANCE* const> instances, std::size_t wires);
 
   /// Adds the wires of instances[number]; to be called by ascending numbers.
   void add(std::uint32_t number);
@@ -47,13 +48,6 @@ class bx_node_runs {
 
   /// The runs filed under four neighbouring cells, in order.
   class nearby;
-
-  static void fetch(const run& in) noexcept {
-#ifdef __GNUC__
-    constexpr bx_long wires_of_line = 64 / sizeof(BX_WIRE);
-    for (bx_long i = 0; i < std::min<bx_long>(in.count, 12); i += wires_of_line) __builtin_prefetch(in.wires + i);
-#endif
-  }
 
   template <class Take>
   void split(std::uint32_t number, Take take) const;
@@ -120,6 +114,7 @@ void bx_node_runs::for_each_at(bx_long x, bx_long y, Visit visit) const {
   if (runs_.empty()) return;
   // The wires of a run are somewhere in memory: many runs are on their way before the first of them is needed.
   constexpr std::size_t together = 16;
+  constexpr bx_long most_fetched = 12;
   std::uint32_t pending[together];
   std::size_t count = 0;
   nearby numbers(*this, x, y);
@@ -130,7 +125,7 @@ void bx_node_runs::for_each_at(bx_long x, bx_long y, Visit visit) const {
       if (!more) break;
       const run& in = runs_[pending[count]];
       if (!in.covers(x, y)) continue;
-      fetch(in);
+      bx_fetch_wires(in.wires, std::min<bx_long>(in.count, most_fetched));
       ++count;
     }
     for (std::size_t i = 0; i < count; ++i) {

@@ -4,7 +4,6 @@
 #include "bx_restore.h"
 
 #include <algorithm>
-#include <optional>
 #include <vector>
 
 #include "bx_load_storage.h"
@@ -15,17 +14,20 @@
 
 namespace {
 
-/// A run of a range map: its indices, from up to but not including to, and their value.
-template <class T>
-struct known_run {
+/// Indices of a range map, from up to but not including to.
+struct index_span {
   std::uint16_t from = 0;
   std::uint16_t to = 0;
-  T value{};
 
-  /// One index of a run.
-  static known_run of(std::uint16_t i, const T& value) { return {i, static_cast<std::uint16_t>(i + 1), value}; }
-
+  static index_span of(std::uint16_t i) noexcept { return {i, static_cast<std::uint16_t>(i + 1)}; }
   bool covers(std::uint16_t i) const noexcept { return from <= i && i < to; }
+};
+
+/// A run of a range map, or a part of one.
+template <class T>
+struct known_run {
+  index_span where;
+  T value{};
 };
 
 /// The runs of a range map in one piece of memory.
@@ -44,9 +46,9 @@ class flat_map {
   /// The run of an index. Where there is none, which is reported, one that covers nothing.
   known_run<T> run_at(std::uint16_t i) const {
     const auto after = std::upper_bound(starts_.begin(), starts_.end(), i);
-    if (i >= map_.size || after == starts_.begin()) return {0, 0, map_.lookup(i)};
+    if (i >= map_.size || after == starts_.begin()) return {{}, map_.lookup(i)};
     const std::uint16_t to = after != starts_.end() ? std::min(*after, map_.size) : map_.size;
-    return {*std::prev(after), to, values_[static_cast<std::size_t>(after - starts_.begin()) - 1]};
+    return {{*std::prev(after), to}, values_[static_cast<std::size_t>(after - starts_.begin()) - 1]};
   }
 
  private:
@@ -124,16 +126,17 @@ class flat_template {
 
   /// Which offset map a line has, and for what other lines that is known.
   known_run<std::uint16_t> map_of(std::uint16_t line) const {
-    return lines_.covers(line) ? known_run<std::uint16_t>::of(line, lines_.at(0, line)) : index_map_.run_at(line);
+    if (lines_.covers(line)) return {index_span::of(line), lines_.at(0, line)};
+    return index_map_.run_at(line);
   }
 
   bool has_map(std::uint16_t map) const noexcept { return map < last_offsets_.size(); }
 
   known_run<BX_POINT> offset_at(std::uint16_t map, std::uint16_t along) {
-    if (table_.covers(along)) return known_run<BX_POINT>::of(along, table_.at(map, along));
-    if (offset_maps_.empty()) return {0, 0, wire_.offset_maps[map].lookup(along)};  // which reports
+    if (table_.covers(along)) return {index_span::of(along), table_.at(map, along)};
+    if (offset_maps_.empty()) return {{}, wire_.offset_maps[map].lookup(along)};  // which reports
     known_run<BX_POINT>& last = last_offsets_[map];
-    if (!last.covers(along)) last = offset_maps_[map].run_at(along);
+    if (!last.where.covers(along)) last = offset_maps_[map].run_at(along);
     return last;
   }
 
@@ -146,8 +149,8 @@ class flat_template {
   std::vector<flat_map<BX_POINT>> offset_maps_;
 };
 
-/// An entry of a wire list with the offset that was last found for it, and the columns and rows where that holds: for
-/// the next switch matrix, too, when the template runs along columns. The entries of a list lie together.
+/// The offset that was last found for a wire template, and the columns and rows where it holds: for the next switch
+/// matrix, too, when the template runs along columns. Those of all templates lie together.
 struct strand {
   explicit strand(flat_template& of) : tmplt(&of), name(of.wire().name), origin(of.wire()) {}
 
@@ -161,23 +164,17 @@ struct strand {
     const known_run<std::uint16_t> lines = tmplt->map_of(by_column ? column : row);
     if (!tmplt->has_map(lines.value)) return false;
     const known_run<BX_POINT> places = tmplt->offset_at(lines.value, by_column ? row : column);
-    columns = by_column ? span{lines.from, lines.to} : span{places.from, places.to};
-    rows = by_column ? span{places.from, places.to} : span{lines.from, lines.to};
+    columns = by_column ? lines.where : places.where;
+    rows = by_column ? places.where : lines.where;
     offset = places.value;
     return true;
   }
 
-  struct span {
-    std::uint16_t from = 0;
-    std::uint16_t to = 0;
-    bool covers(std::uint16_t i) const noexcept { return from <= i && i < to; }
-  };
-
   flat_template* tmplt;
   char* name;
   bx_node_origin origin;
-  span columns;
-  span rows;
+  index_span columns;
+  index_span rows;
   BX_POINT offset;
 };
 
@@ -186,41 +183,31 @@ struct strand {
 /// A set ready for millions of lookups.
 class bx_restorer::flat_set {
  public:
-  explicit flat_set(BASIC_ASS_TEMPLATE& set) : set_(set), lists_(set.num_wirelist) {
+  explicit flat_set(BASIC_ASS_TEMPLATE& set) : set_(set) {
     wires_.reserve(set.num_wire_template);
-    for (int i = 0; i < set.num_wire_template; ++i) wires_.emplace_back(set.wire_templates[i]);
+    strands_.reserve(set.num_wire_template);
+    for (int i = 0; i < set.num_wire_template; ++i) {
+      wires_.emplace_back(set.wire_templates[i]);
+      strands_.emplace_back(wires_.back());
+    }
   }
 
-  /// Takes up a place, and the wire list that it has.
-  void go_to(std::uint16_t column, std::uint16_t row, int list) {
+  /// Takes up a place.
+  void go_to(std::uint16_t column, std::uint16_t row) noexcept {
     column_ = column;
     row_ = row;
     has_corner_ = false;
-    if (lists_[static_cast<std::size_t>(list)] == nullptr) lists_[static_cast<std::size_t>(list)] = strands_of(list);
-    strands_ = lists_[static_cast<std::size_t>(list)]->data();
   }
 
-  bool wire(int k, bx_restored_wire& restored) {
-    std::optional<strand>& known = strands_[k];
-    if (!known) return false;
-    if (!known->holds_at(column_, row_) && !known->move_to(column_, row_)) return false;
-    restored = {known->name, known->origin.node(corner(), known->offset)};
+  bool wire(std::size_t number, bx_restored_wire& restored) {
+    if (number >= strands_.size()) return false;
+    strand& known = strands_[number];
+    if (!known.holds_at(column_, row_) && !known.move_to(column_, row_)) return false;
+    restored = {known.name, known.origin.node(corner(), known.offset)};
     return true;
   }
 
  private:
-  // Entries that refer to no template are empty.
-  using strand_list = std::vector<std::optional<strand>>;
-
-  std::unique_ptr<strand_list> strands_of(int list) {
-    auto strands = std::make_unique<strand_list>(set_.wirelist_numwires[list]);
-    for (std::size_t j = 0; j < strands->size(); ++j) {
-      const std::uint16_t number = set_.wirelists[list][j];
-      if (number < wires_.size()) (*strands)[j].emplace(wires_[number]);
-    }
-    return strands;
-  }
-
   BX_POINT corner() {
     if (!has_corner_) corner_ = set_.corner_at(column_, row_);
     has_corner_ = true;
@@ -229,8 +216,7 @@ class bx_restorer::flat_set {
 
   BASIC_ASS_TEMPLATE& set_;
   std::vector<flat_template> wires_;
-  std::vector<std::unique_ptr<strand_list>> lists_;  // those that were asked for
-  std::optional<strand>* strands_ = nullptr;         // of the list in hand
+  std::vector<strand> strands_;
   std::uint16_t column_ = NO_INDEX;
   std::uint16_t row_ = NO_INDEX;
   bool has_corner_ = false;
@@ -267,14 +253,15 @@ bool bx_restorer::select(const BX_INSTANCE& inst) {
   BASIC_ASS_TEMPLATE& set = *db.basicasstemplate;
   layout_ = nullptr;
   matrices_ = &flat_set_of(set);
-  matrices_->go_to(set.getcol(inst.xmin), set.getrow(inst.ymin), number);
+  list_ = set.wirelists[number];
+  matrices_->go_to(set.getcol(inst.xmin), set.getrow(inst.ymin));
   name_ = set.name;
   wire_count_ = set.wirelist_numwires[number];
   return true;
 }
 
 bool bx_restorer::wire(int k, bx_restored_wire& restored) const {
-  if (layout_ == nullptr) return matrices_->wire(k, restored);
+  if (layout_ == nullptr) return matrices_->wire(list_[k], restored);
   const BX_WIRE& relative = layout_->getwire(k);
   restored.name = relative.name;
   restored.node = {ut_wrap_add(inst_->xmin, relative.nodex), ut_wrap_add(inst_->ymin, relative.nodey)};
@@ -311,14 +298,15 @@ bool restore_instance(bx_restorer& restorer, BX_INSTANCE& inst) {
 }  // namespace
 
 bool bx_restore_tree(BX_INSTANCE& root, const std::function<bool()>& go_on) {
-  constexpr int between = 8192;  // instances
+  constexpr std::int64_t between = 1 << 16;  // instances and wires
   bx_restorer restorer;
   bool good = true;
-  int until_asked = between;
+  std::int64_t done = 0;
   const bool whole = bx_walk(root, [&](BX_INSTANCE& inst, bx_long /*depth*/) {
     good &= restore_instance(restorer, inst);
-    if (--until_asked > 0) return true;
-    until_asked = between;
+    done += 1 + inst.getnumwires();
+    if (done < between) return true;
+    done = 0;
     return go_on();
   });
   return good && whole;

@@ -48,8 +48,9 @@ class bx_restorer {
   flat_set* last_flat_ = nullptr;
 
   const BX_INSTANCE* inst_ = nullptr;
-  const ASS_TEMPLATE* layout_ = nullptr;  // null for a switch matrix, which has the next one
+  const ASS_TEMPLATE* layout_ = nullptr;  // null for a switch matrix, which has the next two
   flat_set* matrices_ = nullptr;
+  const std::uint16_t* list_ = nullptr;
   char* name_ = nullptr;
   int wire_count_ = 0;
 };

@@ -7,7 +7,6 @@
 #include "bx_order.h"
 #include "bx_template_faults.h"
 #include "ut_arith.h"
-#include "ut_hash.h"
 #include "ut_string.h"
 
 namespace {
@@ -84,8 +83,7 @@ std::vector<const char*> template_names_of(const BASIC_ASS_TEMPLATE& set) {
 bx_wire_list_index::bx_wire_list_index(const BASIC_ASS_TEMPLATE& set)
     : bx_wire_list_index(set, template_names_of(set)) {}
 
-bx_wire_list_index::bx_wire_list_index(const BASIC_ASS_TEMPLATE& set, const std::vector<const char*>& template_names)
-    : strings_(ut_hash_seed()) {
+bx_wire_list_index::bx_wire_list_index(const BASIC_ASS_TEMPLATE& set, const std::vector<const char*>& template_names) {
   for (int list = 0; list < set.num_wirelist; ++list) {
     key_.clear();
     bool valid = true;

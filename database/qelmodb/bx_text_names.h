@@ -9,9 +9,8 @@
 #include <functional>
 #include <string>
 #include <string_view>
-#include <vector>
 
-#include "ut_types.h"
+#include "bx_text_table.h"
 
 class bx_text_names {
  public:
@@ -29,18 +28,10 @@ class bx_text_names {
   const entry* find(std::string_view bytes);
 
  private:
-  struct slot {
-    std::uint32_t hash;
-    std::uint32_t number;  // of the entry; 0: the slot is free
-  };
-
   const entry* search(std::string_view text);
-  slot& slot_of(std::string_view text, std::uint32_t hash) noexcept;
-  void grow();
 
   std::function<char*(std::string_view)> store_;
   std::deque<entry> entries_;  // the first is none
-  std::vector<slot> slots_;
+  bx_text_table numbers_;
   std::uint32_t last_ = 0;
-  std::uint64_t seed_;
 };

@@ -80,11 +80,7 @@ class walked_tree {
 class tree_index::content {
  public:
   explicit content(const BX_INSTANCE& root)
-      : tree(root),
-        numbers(tree.instances().size(), ut_hash_seed()),
-        named(tree.instances(), ut_hash_seed()),
-        wire_lists(ut_hash_seed()),
-        nodes(tree.instances(), tree.wires(), ut_hash_seed()) {
+      : tree(root), numbers(tree.instances().size()), named(tree.instances()), nodes(tree.instances(), tree.wires()) {
     const std::vector<std::uint32_t> lists = add_wires();
     for (std::size_t i = 0; i < lists.size(); ++i) {
       const BX_INSTANCE* inst = tree.instances()[i];
@@ -97,23 +93,18 @@ class tree_index::content {
   /// Gives the number of the list of wire names of each instance.
   std::vector<std::uint32_t> add_wires() {
     const std::span<BX_INSTANCE* const> instances = tree.instances();
+    constexpr bx_long most_fetched = 128;
     std::vector<std::uint32_t> lists(instances.size());
     for (std::size_t i = 0; i < instances.size(); ++i) {
       // Wires are looked at twice while they are at hand, and those of the next instance are under way by then.
       lists[i] = wire_lists.add(*instances[i]);
-      if (i + 1 < instances.size()) fetch_wires(*instances[i + 1]);
+      if (i + 1 < instances.size()) {
+        const DARRAY_BX_WIRE& next = instances[i + 1]->wires;
+        bx_fetch_wires(next.begin(), std::min(next.getcount(), most_fetched));
+      }
       nodes.add(static_cast<std::uint32_t>(i));
     }
     return lists;
-  }
-
-  static void fetch_wires(const BX_INSTANCE& inst) noexcept {
-#ifdef __GNUC__
-    constexpr bx_long most = 128;
-    constexpr bx_long wires_of_line = 64 / sizeof(BX_WIRE);
-    const bx_long count = std::min(inst.getnumwires(), most);
-    for (bx_long i = 0; i < count; i += wires_of_line) __builtin_prefetch(&inst.wires[i]);
-#endif
   }
 
   /// The instance of this number; null when there is none.

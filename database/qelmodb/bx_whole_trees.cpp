@@ -49,20 +49,23 @@ std::vector<const BX_INSTANCE*> children_of(const BX_INSTANCE& inst) {
   return children;
 }
 
-/// Reports what goes through a stream while it lives.
+/// Reports what goes through a stream while it lives. Without a report it leaves a client's own watcher alone.
 class stream_watch {
  public:
   stream_watch(UT_STREAM& file, const char* step, std::int64_t whole, const qelmodb::work_options& options)
-      : file_(file) {
-    if (!options.report) return;
+      : file_(file), set_(options.report != nullptr) {
+    if (!set_) return;
     file_.watch([step, whole, &options](std::int64_t done) { return options.report({step, done, whole}); });
   }
   stream_watch(const stream_watch&) = delete;
   stream_watch& operator=(const stream_watch&) = delete;
-  ~stream_watch() { file_.watch({}); }
+  ~stream_watch() {
+    if (set_) file_.watch({});
+  }
 
  private:
   UT_STREAM& file_;
+  bool set_;
 };
 
 // 0 for a stream that does not tell.

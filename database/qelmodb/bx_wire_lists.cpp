@@ -9,6 +9,14 @@
 
 namespace {
 
+/// Whether a wire of the list has the name.
+struct has_name {
+  const BX_WIRE* wires;
+  const char* name;
+
+  bool operator()(std::uint32_t i) const noexcept { return bx_compare_names(wires[i].name, name) == 0; }
+};
+
 bool is_in_order(const BX_WIRE* wires, bx_long count) noexcept {
   return std::is_sorted(wires, wires + count,
                         [](const BX_WIRE& a, const BX_WIRE& b) { return bx_compare_names(a.name, b.name) < 0; });
@@ -36,27 +44,20 @@ void bx_wire_lists::finish() {
 }
 
 void bx_wire_lists::make_table(list& names) {
-  const std::size_t size = bx_text_slots_for(static_cast<std::size_t>(names.count));
-  names.slots = slots_.size();
-  names.mask = size - 1;
-  slots_.resize(slots_.size() + size);
-  const auto text_of = [&names](std::uint32_t i) noexcept { return ut_text(names.wires[i].name); };
+  bx_text_table& table = names.table.emplace(static_cast<std::size_t>(names.count));
   for (bx_long i = 0; i < names.count; ++i) {
     const char* text = ut_text(names.wires[i].name);
-    const std::uint32_t hash = bx_text_hash(text, seed_);
-    bx_text_slot* slot = bx_text_slot_of(slots_.data() + names.slots, names.mask, hash, text, text_of);
-    if (slot->number_and_one == 0) *slot = {hash, static_cast<std::uint32_t>(i) + 1};
+    // Of several wires of a name the first one stays.
+    table.find_or_add(table.hash_of(text), static_cast<std::uint32_t>(i), has_name{names.wires, text});
   }
 }
 
 bx_long bx_wire_lists::first(std::uint32_t number, const BX_INSTANCE& inst, const char* name) const noexcept {
   if (number == bx_name_lists::none) return -1;
   const list& names = lists_[number];
-  if (names.mask == 0) return inst.getwireid(name, -1);
-  const auto text_of = [&names](std::uint32_t i) noexcept { return ut_text(names.wires[i].name); };
-  const bx_text_slot* slot =
-      bx_text_slot_of(slots_.data() + names.slots, names.mask, bx_text_hash(name, seed_), name, text_of);
-  return static_cast<bx_long>(slot->number_and_one) - 1;
+  if (!names.table) return inst.getwireid(name, -1);
+  const std::uint32_t found = names.table->find(names.table->hash_of(name), has_name{names.wires, name});
+  return found != bx_text_table::none ? static_cast<bx_long>(found) : -1;
 }
 
 bx_long bx_wire_lists::next(std::uint32_t number, const BX_INSTANCE& inst, const char* name,
@@ -72,5 +73,7 @@ bx_long bx_wire_lists::next(std::uint32_t number, const BX_INSTANCE& inst, const
 }
 
 std::size_t bx_wire_lists::memory() const noexcept {
-  return lists_.capacity() * sizeof(list) + slots_.capacity() * sizeof(bx_text_slot);
+  std::size_t bytes = lists_.capacity() * sizeof(list);
+  for (const list& each : lists_) bytes += each.table ? each.table->memory() : 0;
+  return bytes;
 }

@@ -7,15 +7,14 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "bx_name_lists.h"
-#include "bx_text_slots.h"
+#include "bx_text_table.h"
 
 class bx_wire_lists {
  public:
-  explicit bx_wire_lists(std::uint64_t seed) : seed_(seed), numbers_(std::make_unique<bx_name_lists>(seed)) {}
-
   /// The number of the list of names that the instance has, as bx_name_lists gives it.
   std::uint32_t add(const BX_INSTANCE& inst);
 
@@ -36,14 +35,11 @@ class bx_wire_lists {
     bx_long count;
     bool shared = false;
     bool in_order = false;
-    std::size_t slots = 0;  // place of its table in slots_
-    std::size_t mask = 0;   // of the table; 0: it has none
+    std::optional<bx_text_table> table = {};
   };
 
-  void make_table(list& names);
+  static void make_table(list& names);
 
-  std::uint64_t seed_;
   std::vector<list> lists_;
-  std::vector<bx_text_slot> slots_;
-  std::unique_ptr<bx_name_lists> numbers_;  // while lists are added
+  std::unique_ptr<bx_name_lists> numbers_ = std::make_unique<bx_name_lists>();  // while lists are added
 };

@@ -49,6 +49,7 @@ void expect_ascending(const std::vector<told>& heard, const std::string& step, s
 // Some megabytes in each form; the wires differ, so that templates are many.
 std::unique_ptr<BX_DB> large_database() {
   auto db = std::make_unique<BX_DB>("ROOT", 0, 0, 10, 10);
+  qelmodb::intern_root_name(*db);
   const qelmodb::name_batch batch(*db);
   std::mt19937 random(1);
   for (bx_long i = 0; i < 3000; ++i) {
@@ -61,10 +62,6 @@ std::unique_ptr<BX_DB> large_database() {
       wire.nodex = static_cast<bx_long>(random());
       wire.nodey = static_cast<bx_long>(random());
     }
-  }
-  qelmodb::intern_root_name(*db);
-  for (BX_INSTANCE* inst : db->instances) {
-    for (BX_WIRE& wire : inst->wires) wire.name = db->name;
   }
   return db;
 }
@@ -99,8 +96,12 @@ TEST_P(Progress, OfALoadIsToldInBytes) {
   const auto whole = static_cast<std::int64_t>(bytes().size());
   ASSERT_GT(whole, 3 << 20);
   EXPECT_GE(heard.heard.size(), 3U);
-  EXPECT_LE(heard.heard.size(), static_cast<std::size_t>(whole >> 20) + 3);
   expect_ascending(heard.heard, "reading", whole);
+  // What is heard at the end of the file is about the restoring of a compressed tree.
+  const auto restoring =
+      std::count_if(heard.heard.begin(), heard.heard.end(), [whole](const told& now) { return now.done == whole; });
+  EXPECT_EQ(restoring > 2, GetParam() == form::compressed) << restoring;
+  EXPECT_LE(heard.heard.size(), static_cast<std::size_t>((whole >> 20) + restoring) + 3);
 }
 
 TEST_P(Progress, OfACheckIsToldInBytes) {
@@ -109,7 +110,7 @@ TEST_P(Progress, OfACheckIsToldInBytes) {
   options.report = heard.report();
   EXPECT_TRUE(qelmodb::check_bytes(bytes(), content::database, options).loadable());
   expect_ascending(heard.heard, "checking", static_cast<std::int64_t>(bytes().size()));
-  EXPECT_GE(heard.heard.size(), GetParam() == form::compressed ? 1U : 3U);
+  EXPECT_GE(heard.heard.size(), 3U);
 }
 
 TEST_P(Progress, OfADumpIsToldInBytes) {
@@ -156,7 +157,7 @@ TEST_P(Progress, CancelledACheckSaysSo) {
   const qelmodb::check_report report = qelmodb::check_bytes(bytes(), content::database, options);
   EXPECT_FALSE(report.loadable());
   ASSERT_EQ(report.faults.size(), 1U);
-  EXPECT_EQ(report.faults[0].message, "the check was cancelled");
+  EXPECT_TRUE(report.faults[0].message.ends_with("the check was cancelled")) << report.faults[0].message;
   EXPECT_EQ(heard.heard.size(), 1U);
 }
 
@@ -187,6 +188,28 @@ TEST(ProgressOfOneInstance, IsToldBetweenItsWires) {
 }
 
 // The stream is free again when the work is over.
+TEST(ProgressOfOneInstance, IsNotAskedForOfAStreamThatFailed) {
+  UT_MEMFILE stream("abc", 3);
+  int asked = 0;
+  stream.watch([&asked](std::int64_t) { return ++asked > 1; });
+  EXPECT_FALSE(stream.go_on());
+  EXPECT_FALSE(stream.ok());
+  EXPECT_FALSE(stream.go_on());
+  EXPECT_FALSE(stream.go_on_now());
+  EXPECT_EQ(asked, 1);
+}
+
+TEST(ProgressOfOneInstance, LeavesAWatcherOfTheClientInPlaceWhenNotAskedFor) {
+  BX_DB db("ROOT", 0, 0, 1, 1);
+  UT_MEMFILE stream;
+  int asked = 0;
+  stream.watch([&asked](std::int64_t) { return ++asked > 0; });
+  ASSERT_TRUE(qelmodb::dump(db, stream, form::text, content::database));
+  EXPECT_EQ(asked, 1);
+  EXPECT_TRUE(stream.go_on_now());
+  EXPECT_EQ(asked, 2);
+}
+
 TEST(ProgressOfOneInstance, EndsWithTheWork) {
   BX_DB db("ROOT", 0, 0, 1, 1);
   UT_MEMFILE stream;

@@ -163,7 +163,7 @@ class UT_DARRAY : public UT_BASE_ARRAY {
     return -1;
   }
 
-  /// The same without a word.
+  /// The same without ahead.
   template <class Key, class Compare>
   bx_long a_bsearch(const Key& key, Compare compare) const {
     return a_bsearch(key, compare, [](bx_long, bx_long) noexcept {});

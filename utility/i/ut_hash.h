@@ -31,7 +31,8 @@ inline std::uint64_t ut_hash(std::string_view text, std::uint64_t seed) noexcept
   };
   const char* at = text.data();
   std::size_t left = text.size();
-  std::uint64_t h = seed ^ left;
+  // Texts of two lengths that end in bytes alike must not meet, so the length spreads over all bits.
+  std::uint64_t h = seed ^ (left * 0x9e3779b97f4a7c15U);
   for (; left > sizeof h; at += sizeof h, left -= sizeof h) h = ut_hash_mix(h ^ bytes(at, std::uint64_t{}));
   // The rest as a few numbers of fixed size, which may overlap.
   const char* const end = at + left;

@@ -80,7 +80,8 @@ class BX_API UT_STREAM {
   /// one ends that.
   void watch(watcher asked);
 
-  /// To be called between records. False when the watcher asked for an end; that counts as a fault of the stream.
+  /// To be called between records. False when the watcher asked for an end, which counts as a fault of the stream; a
+  /// watched stream that failed asks no more.
   bool go_on() { return watched_ == nullptr || ask_when_due(); }
 
   /// The same, asking at once: for work that follows the reading.
@@ -144,6 +145,6 @@ class BX_API UT_STREAM {
   char* write_end_ = nullptr;
   bool in_memory_ = false;
   bool failed_ = false;
-  std::int64_t moved_ = 0;  // bytes that went through the buffer, as far as it is not a place between its ends
+  std::int64_t moved_ = 0;  // bytes that came into the buffer to be read, or left it when written
   std::unique_ptr<watched_state> watched_;
 };

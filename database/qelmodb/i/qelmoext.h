@@ -40,7 +40,8 @@ struct progress {
 };
 
 /// Called by the thread that works, at the first record and then between records, about once for each megabyte. False
-/// cancels the work, which then ends as if the file were damaged at that place. Must not touch what is worked on.
+/// cancels the work, which then ends as if the file were damaged at that place. Must not touch what is worked on, and
+/// takes the place of a watcher that the stream has.
 using progress_report = std::function<bool(const progress&)>;
 
 struct work_options {

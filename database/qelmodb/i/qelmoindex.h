@@ -32,8 +32,8 @@ struct placed_wire {
 
 class BX_API tree_index {
  public:
-  /// Indexes the subtree of root, root included. One pass over the tree: O(n), half to nine tenths of the time that
-  /// the same tree takes to be loaded from a binary file. Sharing makes it fast: instances with the same wire names, as
+  /// Indexes the subtree of root, root included. One pass over the tree: O(n), less time than the same tree takes
+  /// to be loaded from a binary file. Sharing makes it fast: instances with the same wire names, as
   /// string addresses, share one table of them. Throws std::bad_alloc, and std::length_error for more than 4294967294
   /// instances.
   explicit tree_index(const BX_INSTANCE& root);
