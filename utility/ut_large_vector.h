@@ -27,6 +27,7 @@ class UT_LARGE_ALLOCATOR {
     if (!is_large(count)) return static_cast<T*>(::operator new(count * sizeof(T)));
     void* memory = ut_fresh_memory(size_of(count));
     if (memory == nullptr) throw std::bad_alloc();
+    ut_use_huge_pages(memory, size_of(count));
     return static_cast<T*>(memory);
   }
 
@@ -44,9 +45,7 @@ class UT_LARGE_ALLOCATOR {
   // From here on the part of the last page that is wasted is small.
   static bool is_large(std::size_t count) noexcept { return count * sizeof(T) >= 4 * ut_huge_page; }
 
-  static std::size_t size_of(std::size_t count) noexcept {
-    return (count * sizeof(T) + ut_huge_page - 1) / ut_huge_page * ut_huge_page;
-  }
+  static std::size_t size_of(std::size_t count) { return ut_round_up(count * sizeof(T), ut_huge_page); }
 };
 
 template <class T>

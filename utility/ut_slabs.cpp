@@ -4,21 +4,16 @@
 #include "ut_slabs.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <new>
 
 #include "ut_osmemory.h"
+#include "ut_sanitizer.h"
 
 namespace {
 
-constexpr std::size_t alignment = 16;
+constexpr std::size_t alignment = 8;
 // What is not touched of a piece costs address space only.
 constexpr std::size_t largest_piece = std::size_t{64} << 20;
-
-std::size_t round_up(std::size_t bytes, std::size_t unit) {
-  if (bytes > SIZE_MAX - unit) throw std::bad_alloc();
-  return (bytes + unit - 1) / unit * unit;
-}
 
 }  // namespace
 
@@ -27,20 +22,27 @@ UT_SLABS::~UT_SLABS() {
 }
 
 void* UT_SLABS::take(std::size_t bytes) {
-  const std::size_t rounded = round_up(bytes, alignment);
+  const std::size_t rounded = ut_round_up(bytes, alignment) + ut_red_zone;
   if (rounded > left_) add_piece(rounded);
   char* taken = at_;
   at_ += rounded;
   left_ -= rounded;
+  ut_allow(taken, bytes);
   return taken;
+}
+
+void UT_SLABS::trim() noexcept {
+  if (left_ != 0) ut_drop_unused(at_, left_);
 }
 
 void UT_SLABS::add_piece(std::size_t least) {
   std::size_t size = std::max(least, next_size_);
-  if (size > ut_huge_page) size = round_up(size, ut_huge_page);
+  if (size > ut_huge_page) size = ut_round_up(size, ut_huge_page);
   pieces_.reserve(pieces_.size() + 1);
   void* start = ut_fresh_memory(size);
   if (start == nullptr) throw std::bad_alloc();
+  if (size >= ut_huge_page) ut_use_huge_pages(start, size);
+  ut_forbid(start, size);
   pieces_.push_back({start, size});
   at_ = static_cast<char*>(start);
   left_ = size;

@@ -18,8 +18,11 @@ class UT_SLABS {
   /// Gives all storage back.
   ~UT_SLABS();
 
-  /// Zeroed storage for bytes bytes, aligned to 16. It cannot be given back by itself. Throws std::bad_alloc.
+  /// Zeroed storage for bytes bytes, aligned to 8. It cannot be given back by itself. Throws std::bad_alloc.
   void* take(std::size_t bytes);
+
+  /// No more is taken for now: keeps nothing resident that was not taken.
+  void trim() noexcept;
 
  private:
   struct piece {

@@ -31,8 +31,9 @@ void BX_INSTANCE::rebind(BX_DB* db) {
   name = new_name;
   if (db == nullptr) nameborrowed = false;
 
-  // Storage that a load made for many instances stays with the database that was loaded.
+  // Storage that a load made for many lists stays with the database that was loaded.
   wires.a_own();
+  instances.a_own();
   for (BX_WIRE& wire : wires) {
     char* old = wire.name;
     wire.name = name_in(db, store, old);

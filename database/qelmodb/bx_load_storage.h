@@ -1,36 +1,70 @@
 // SPDX-FileCopyrightText: The qelmodb authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Where the wires of a database lie that a load brings.
+// Where the tree lies that a load brings: its instances in places of a pool, its lists in storage of the database.
 #pragma once
 
 #include <memory>
 
 #include "bx_access.h"
+#include "ut_pool.h"
 
-/// While it lives, wires that are read into the database share storage.
+/// While it lives, what is read into the database shares storage.
 class bx_load_storage {
  public:
-  explicit bx_load_storage(BX_DB& db) : store_(bx_access::names(db)) {
-    if (store_.loaded_wires == nullptr) store_.loaded_wires = std::make_unique<UT_SLABS>();
-    store_.slabs = store_.loaded_wires.get();
+  explicit bx_load_storage(BX_DB& db) : store_(bx_access::names(db)), instances_(sizeof(BX_INSTANCE)) {
+    if (store_.loaded_lists == nullptr) store_.loaded_lists = std::make_unique<bx_loaded_lists>();
+    store_.loading = this;
   }
   bx_load_storage(const bx_load_storage&) = delete;
   bx_load_storage& operator=(const bx_load_storage&) = delete;
-  ~bx_load_storage() { store_.slabs = nullptr; }
+  ~bx_load_storage() {
+    store_.loading = nullptr;
+    wires().trim();
+    children().trim();
+  }
+
+  /// That of the load of this database, null when there is none under way.
+  static bx_load_storage* of(BX_DB* db) noexcept { return db != nullptr ? bx_access::names(*db).loading : nullptr; }
+
+  /// Apart from each other: whoever walks the tree does not come past its wires.
+  UT_SLABS& wires() noexcept { return store_.loaded_lists->wires; }
+  UT_SLABS& children() noexcept { return store_.loaded_lists->children; }
+  UT_POOL& instances() noexcept { return instances_; }
 
  private:
   bx_name_store& store_;
+  UT_POOL instances_;
 };
 
-/// Makes storage for the next count wires of an instance, which is to have all of them in the end. Shared storage
-/// cannot grow, so it is for lists only whose whole length is known.
-inline void bx_reserve_wires(BX_INSTANCE& inst, bx_long count, bx_long all) {
-  UT_SLABS* slabs = inst.top != nullptr ? bx_access::names(*inst.top).slabs : nullptr;
-  if (slabs == nullptr || count == 0 || count < all || inst.wires.getcount() != 0) {
-    inst.wires.a_reserve(count);
+/// An instance of a database that is filled next.
+inline std::unique_ptr<BX_INSTANCE> bx_new_instance(BX_DB* db) {
+  bx_load_storage* storage = bx_load_storage::of(db);
+  void* place = storage != nullptr ? storage->instances().take() : nullptr;
+  std::unique_ptr<BX_INSTANCE> fresh(place != nullptr ? new (place) BX_INSTANCE(nullptr, 0, 0, 0, 0)
+                                                      : new BX_INSTANCE(nullptr, 0, 0, 0, 0));
+  fresh->top = db;
+  return fresh;
+}
+
+/// Makes room in a list for the next count elements, when it is to have all in the end; in shared storage when there is
+/// one. That cannot grow, so it is for lists only whose whole length is known.
+template <class T>
+void bx_reserve(UT_DARRAY<T>& list, UT_SLABS* storage, bx_long count, bx_long all) {
+  if (storage == nullptr || count == 0 || count < all || list.getcount() != 0) {
+    list.a_reserve(count);
     return;
   }
-  inst.wires.empty();
-  inst.wires.a_borrow(slabs->take(static_cast<std::size_t>(count) * sizeof(BX_WIRE)), count);
+  list.empty();
+  list.a_borrow(storage->take(static_cast<std::size_t>(count) * sizeof(T)), count);
+}
+
+inline void bx_reserve_wires(BX_INSTANCE& inst, bx_long count, bx_long all) {
+  bx_load_storage* storage = bx_load_storage::of(inst.top);
+  bx_reserve(inst.wires, storage != nullptr ? &storage->wires() : nullptr, count, all);
+}
+
+inline void bx_reserve_children(BX_INSTANCE& inst, bx_long count, bx_long all) {
+  bx_load_storage* storage = bx_load_storage::of(inst.top);
+  bx_reserve(inst.instances, storage != nullptr ? &storage->children() : nullptr, count, all);
 }

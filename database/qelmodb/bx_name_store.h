@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // What a database keeps beside its public fields: an index that finds a text of the name table whatever its order, the
-// strings and lists that nothing else holds but that must live as long as the database, and the storage of wires that
+// strings and lists that nothing else holds but that must live as long as the database, and the storage of lists that
 // were loaded.
 #pragma once
 
@@ -16,6 +16,13 @@
 #include "ut_slabs.h"
 
 class bx_compression_aids;
+class bx_load_storage;
+
+/// Storage of lists that a load brings.
+struct bx_loaded_lists {
+  UT_SLABS wires;
+  UT_SLABS children;
+};
 
 class bx_name_store {
  public:
@@ -49,11 +56,11 @@ class bx_name_store {
   /// Moves all strings of the table to those kept, and empties it.
   void keep_table();
 
-  /// While a load is under way, where wires are stored; null otherwise.
-  UT_SLABS* slabs = nullptr;
+  /// While a load is under way, where its instances and lists are stored; null otherwise.
+  bx_load_storage* loading = nullptr;
 
-  /// The storage of wires that were loaded. The next load replaces it.
-  std::unique_ptr<UT_SLABS> loaded_wires;
+  /// The storage of lists of wires and children that were loaded. The next load replaces it.
+  std::unique_ptr<bx_loaded_lists> loaded_lists;
 
   /// Borrowed; null unless the database is being compressed.
   bx_compression_aids* aids = nullptr;

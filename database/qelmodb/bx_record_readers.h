@@ -223,7 +223,13 @@ class bx_stream_source {
  public:
   explicit bx_stream_source(UT_STREAM& file) : file_(file) {}
 
-  const char* take(bx_long count) { return file_.sread(bytes_, count) == count ? bytes_ : nullptr; }
+  const char* take(bx_long count) {
+    std::size_t available = 0;
+    const char* block = file_.peek(static_cast<std::size_t>(count), available);
+    if (available < static_cast<std::size_t>(count)) return file_.sread(bytes_, count) == count ? bytes_ : nullptr;
+    file_.consume(static_cast<std::size_t>(count));
+    return block;
+  }
 
  private:
   UT_STREAM& file_;
@@ -278,8 +284,7 @@ class bx_binary_reader : protected bx_stream_source, public bx_reference_reader<
       make_room(inst, count, done + whole);
       bx_block_source source(block);
       bx_reference_reader<bx_block_source> reader(source, file_.fixtable(), bx_access::separator());
-      wires.getaddr(done + whole - 1);
-      for (bx_long i = done; i < done + whole; ++i) bx_describe_wire(reader, wires[i]);
+      for (bx_long i = done; i < done + whole; ++i) bx_describe_wire(reader, *wires.getaddr(i));
       file_.consume(static_cast<std::size_t>(whole) * record);
       done += whole;
       if (done < count && !file_.go_on()) return false;
@@ -364,7 +369,7 @@ bool bx_read_tree(Reader& reader, BX_INSTANCE& root, int least_size, ReadHead re
     bx_long count = 0;
     reader.count(bx_child_count_label, count);
     path.push_back({&inst, count});
-    if (count > 0) inst.instances.a_reserve(bx_justified(count, reader.file(), least_size));
+    if (count > 0) bx_reserve_children(inst, bx_justified(count, reader.file(), least_size), count);
     return true;
   };
   bool good = enter(root);
@@ -375,8 +380,7 @@ bool bx_read_tree(Reader& reader, BX_INSTANCE& root, int least_size, ReadHead re
       good = reader.file().go_on();
       if (!good) break;
       --here.left;
-      auto fresh = std::make_unique<BX_INSTANCE>(nullptr, 0, 0, 0, 0);
-      fresh->top = reader.child_top(*here.inst);
+      std::unique_ptr<BX_INSTANCE> fresh = bx_new_instance(reader.child_top(*here.inst));
       BX_INSTANCE* child = fresh.get();
       here.inst->instances.a_add(&child);
       static_cast<void>(fresh.release());

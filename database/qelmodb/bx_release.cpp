@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "bx_access.h"
+#include "bx_fetch.h"
 #include "bx_grid.h"
 #include "bx_wire_name_index.h"
 #include "qelmotmplt.h"
@@ -76,6 +77,8 @@ void BX_INSTANCE::destroy_children(name_releaser& releaser) {
     }
     BX_INSTANCE*& place = current->instances[count - 1];
     BX_INSTANCE* child = place;
+    constexpr bx_long ahead = 4;
+    if (count > ahead) bx_fetch(current->instances[count - 1 - ahead]);
     if (child != nullptr && BX_DB::MPAR_FLOW != 0) child->release_names(releaser);
     if (child == nullptr || child->instances.getcount() == 0) {
       current->instances.a_droplast();
@@ -94,7 +97,10 @@ void BX_INSTANCE::destroy_subtree() {
   destroy_children(releaser);
 }
 
-BX_INSTANCE::~BX_INSTANCE() { destroy_subtree(); }
+BX_INSTANCE::~BX_INSTANCE() {
+  // Most have nothing left to destroy: their children are gone, and their names are the database's.
+  if (top == nullptr || BX_DB::MPAR_FLOW != 0 || instances.getcount() != 0) destroy_subtree();
+}
 
 // Everything that a load replaces. Strings stay valid as long as the database does.
 void BX_DB::release_templates() {
@@ -114,7 +120,7 @@ void BX_DB::release_content() {
   destroy_subtree();
   wires.empty();
   instances.empty();
-  store_->loaded_wires.reset();
+  store_->loaded_lists.reset();
   store_->keep_table();
   top = this;
   note_child_order();

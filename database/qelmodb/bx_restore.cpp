@@ -275,18 +275,15 @@ bool restore_instance(bx_restorer& restorer, BX_INSTANCE& inst) {
   if (!restorer.select(inst)) return false;
   inst.name = restorer.name();
   const int count = restorer.wire_count();
-  if (count > inst.getnumwires()) {
-    bx_reserve_wires(inst, count, count);
-    inst.wires.getaddr(count - 1);
-  }
+  if (count > inst.getnumwires()) bx_reserve_wires(inst, count, count);
   bool good = true;
   for (int k = 0; k < count; ++k) {
+    BX_WIRE& wire = *inst.wires.getaddr(k);
     bx_restored_wire restored;
     if (!restorer.wire(k, restored)) {
       good = false;
       continue;
     }
-    BX_WIRE& wire = inst.wires[k];
     wire.name = restored.name;
     wire.nameborrowed = true;
     wire.nodex = restored.node.x;

@@ -56,7 +56,3 @@ void BX_WIRE::resetCurrentXY() noexcept {
   currentX = 0;
   currentY = 0;
 }
-
-void UT_ELEMENT<BX_WIRE>::make(BX_WIRE* first, std::size_t count) noexcept {
-  for (BX_WIRE* wire = first; wire != first + count; ++wire) stored(new (wire) BX_WIRE);
-}

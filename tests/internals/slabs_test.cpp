@@ -28,7 +28,7 @@ TEST(Slabs, GiveStorageThatIsAlignedAndNobodyElses) {
     const std::size_t size = random() % 100 == 0 ? random() % (5U << 20) : random() % 5000;
     auto* at = static_cast<unsigned char*>(slabs.take(size));
     ASSERT_NE(at, nullptr);
-    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(at) % 16, 0U);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(at) % 8, 0U);
     std::memset(at, i % 251, size);
     all.push_back({at, size});
   }
@@ -47,6 +47,32 @@ TEST(Slabs, ThatCannotBeGivenThrow) {
   EXPECT_THROW(slabs.take(SIZE_MAX / 4), std::bad_alloc);
   EXPECT_NE(slabs.take(16), nullptr);
 }
+
+TEST(Slabs, GoOnAfterTheyWereTrimmed) {
+  UT_SLABS slabs;
+  std::vector<unsigned char*> all;
+  for (int i = 0; i < 300; ++i) {
+    constexpr std::size_t size = 30000;
+    auto* at = static_cast<unsigned char*>(slabs.take(size));
+    for (std::size_t k = 0; k < size; ++k) ASSERT_EQ(at[k], 0);
+    std::memset(at, i % 251, size);
+    all.push_back(at);
+    slabs.trim();
+    for (std::size_t k = 0; k < all.size(); ++k) {
+      ASSERT_EQ(all[k][0], k % 251);
+      ASSERT_EQ(all[k][size - 1], k % 251);
+    }
+  }
+}
+
+#if defined(__SANITIZE_ADDRESS__)
+TEST(SlabsDeathTest, ReportUseBeyondWhatWasTaken) {
+  UT_SLABS slabs;
+  auto* first = static_cast<unsigned char*>(slabs.take(100));
+  slabs.take(100);
+  EXPECT_DEATH(first[100] = 1, "use-after-poison");
+}
+#endif
 
 TEST(FreshMemory, IsZeroedAndLargePiecesBeginWhereAHugePageDoes) {
   for (const std::size_t size : {std::size_t{4096}, std::size_t{256} << 10, ut_huge_page, 3 * ut_huge_page}) {

@@ -21,6 +21,7 @@ class LoadedStorage : public testing::TestWithParam<form> {
       BX_INSTANCE* tile = test::add(db, "TILE", 0, 10 * i, 9, 10 * i + 9);
       for (int k = 0; k < i; ++k) test::add_wire(*tile, ("W" + std::to_string(k)).c_str(), k, i);
     }
+    for (int k = 0; k < 3; ++k) test::add(*db.getinstance(nested_), "INNER", 0, 10 * nested_ + k, 9, 10 * nested_ + k);
     qelmodb::intern_root_name(db);
     db.compress();
     bytes_ = test::dumped(db, GetParam());
@@ -40,6 +41,9 @@ class LoadedStorage : public testing::TestWithParam<form> {
     db.instances[i] = nullptr;
     return child;
   }
+
+  /// The tile that has children.
+  static constexpr bx_long nested_ = 30;
 
   std::string bytes_;
   std::string text_;
@@ -85,6 +89,29 @@ TEST_P(LoadedStorage, IsLeftWhenAnInstanceLeavesAllDatabases) {
     alone.addinstance(take_out(*db, 20));
   }
   EXPECT_EQ(test::text_of(*alone.getinstance(0)), before);
+}
+
+// Nothing of what leaves a database goes with it.
+TEST_P(LoadedStorage, OfATreeIsLeftWhenItJoinsAnotherDatabase) {
+  BX_DB other("OTHER", 0, 0, 9, 9);
+  std::string before;
+  {
+    const std::unique_ptr<BX_DB> db = load();
+    before = test::text_of(*db->getinstance(nested_));
+    other.addinstance(take_out(*db, nested_));
+  }
+  EXPECT_EQ(test::text_of(*other.getinstance(0)), before);
+  BX_INSTANCE& joined = *other.getinstance(0);
+  test::add(joined, "NEW", joined.xmin, joined.ymin, joined.xmax, joined.ymax);
+  EXPECT_EQ(joined.getnuminstances(), 4);
+}
+
+TEST_P(LoadedStorage, OfInstancesIsGivenBackOneByOne) {
+  const std::unique_ptr<BX_DB> db = load();
+  for (const bx_long i : {20, 7, 49, 0, nested_}) delete take_out(*db, i);
+  db->instances[20] = new BX_INSTANCE("BY HAND", 0, 0, 1, 1);
+  ASSERT_TRUE(test::loaded(*db, bytes_));
+  EXPECT_EQ(test::text_of(*db), text_);
 }
 
 TEST_P(LoadedStorage, IsReplacedByTheNextLoad) {

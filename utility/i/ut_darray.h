@@ -91,7 +91,7 @@ class UT_DARRAY : public UT_BASE_ARRAY {
     if (i < 0) return nullptr;
     if (i >= count_) {
       if (i == INT32_MAX) i = INT32_MAX - 1;
-      reserve_exactly(i + 1, sizeof(T));
+      if (i >= capacity_) reserve_exactly(i + 1, sizeof(T));
       UT_ELEMENT<T>::make(elements() + count_, static_cast<std::size_t>(i + 1 - count_));
       count_ = i + 1;
     }

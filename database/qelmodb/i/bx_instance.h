@@ -12,6 +12,9 @@
 // may. separator is process-wide.
 #pragma once
 
+#include <cstddef>
+#include <new>
+
 #include "bx_wire.h"
 #include "ut_extrema.h"
 
@@ -59,6 +62,18 @@ class BX_API BX_INSTANCE : public BX_EXTREMA {
   /// Destroys the children, and frees the names while the instance stands alone. With
   /// BX_DB::MPAR_FLOW set, see there. Needs no stack for deep trees.
   virtual ~BX_INSTANCE();
+
+  // ---- storage, as for any other class: the library's operator new and delete, so that it can free what clients made
+  // in their own modules, and tell those instances that a load brought, which share storage
+
+  static void* operator new(std::size_t size);
+  static void* operator new(std::size_t size, std::align_val_t alignment);
+  static void* operator new(std::size_t size, const std::nothrow_t& tag) noexcept;
+  static void* operator new(std::size_t /*size*/, void* place) noexcept { return place; }
+  static void operator delete(void* inst) noexcept;
+  static void operator delete(void* inst, std::align_val_t alignment) noexcept;
+  static void operator delete(void* inst, const std::nothrow_t& tag) noexcept;
+  static void operator delete(void* /*inst*/, void* /*place*/) noexcept {}
 
   // ---- compression (the order of these virtual operations is fixed)
 

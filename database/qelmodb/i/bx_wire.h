@@ -11,6 +11,8 @@
 // Wires of a tree that nobody changes may be read concurrently. The coding state is process-wide.
 #pragma once
 
+#include <new>
+
 #include "ut_darray.h"
 #include "ut_types.h"
 
@@ -119,7 +121,9 @@ static_assert(sizeof(BX_WIRE) == 24, "25 million wires are held by value: no byt
 
 template <>
 struct BX_API UT_ELEMENT<BX_WIRE> {
-  static void make(BX_WIRE* first, std::size_t count) noexcept;
+  static void make(BX_WIRE* first, std::size_t count) noexcept {
+    for (BX_WIRE* wire = first; wire != first + count; ++wire) stored(::new (static_cast<void*>(wire)) BX_WIRE);
+  }
   static void stored(BX_WIRE* wire) noexcept { wire->holder_ = BX_WIRE::holder::array; }
 };
 
