@@ -4,6 +4,7 @@
 // Names and wires of a tree from the templates it refers to.
 #pragma once
 
+#include <array>
 #include <functional>
 #include <memory>
 #include <unordered_map>
@@ -38,8 +39,28 @@ class bx_restorer {
   /// process when the template does not cover the instance's column or row.
   bool wire(int k, bx_restored_wire& restored) const;
 
+  /// Gives wires, of which there are wire_count() and which stay where they are, their names and nodes: those of
+  /// switch matrices with the next ones', or at finish(). False when some got nothing by now, for the same reasons.
+  bool fill(BX_WIRE* wires);
+  bool finish();
+
  private:
   class flat_set;
+
+  /// Where a switch matrix is.
+  struct place {
+    std::uint16_t column;
+    std::uint16_t row;
+    BX_POINT corner;
+  };
+
+  /// Wires of a switch matrix to be filled.
+  struct waiting {
+    place at;
+    BX_WIRE* wires;
+  };
+
+  bool wait_for_others(BX_WIRE* wires);
 
   flat_set& flat_set_of(BASIC_ASS_TEMPLATE& set);
 
@@ -48,11 +69,19 @@ class bx_restorer {
   flat_set* last_flat_ = nullptr;
 
   const BX_INSTANCE* inst_ = nullptr;
-  const ASS_TEMPLATE* layout_ = nullptr;  // null for a switch matrix, which has the next two
+  const ASS_TEMPLATE* layout_ = nullptr;  // null for a switch matrix, which has the next three
   flat_set* matrices_ = nullptr;
   const std::uint16_t* list_ = nullptr;
+  place place_ = {};
   char* name_ = nullptr;
   int wire_count_ = 0;
+
+  // Switch matrices with one wire list, few enough for their wires to stay near.
+  std::array<waiting, 16> waiting_;
+  std::size_t waiting_count_ = 0;
+  flat_set* waiting_set_ = nullptr;
+  const std::uint16_t* waiting_list_ = nullptr;
+  int waiting_wires_ = 0;
 };
 
 /// Restores the subtree. False when a reference led nowhere; all others are restored all the same. Ends early, and
