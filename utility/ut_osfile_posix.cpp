@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <cstring>
@@ -45,7 +46,7 @@ std::string resolved(std::string name) {
 // Opens a new file of its own in the target's folder. Its name does not grow with the target's, which
 // may already have the greatest length that the system takes.
 int create_temporary(const std::string& target, std::string& path) {
-  static unsigned counter = 0;
+  static std::atomic<unsigned> counter{0};
   for (int attempt = 0; attempt < 10000; ++attempt) {
     path = folder_of(target) + ".qelmodb-" + std::to_string(::getpid()) + "-" + std::to_string(counter++) + ".tmp";
     const int handle = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);

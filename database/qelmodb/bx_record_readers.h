@@ -120,7 +120,7 @@ class bx_text_reader {
     if (available < bx_longest_wire_line) return false;
     bx_line_parser parser(line);
     if (!parser.take(bx_wire_record.text_label) || !parser.take("\"")) return false;
-    const bx_text_names::entry* name = wire_names_->find({parser.at(), bx_key_limit});
+    const bx_text_names::entry* name = wire_names_->find(parser.at());
     if (name == nullptr) return false;
     parser.pass(name->text.size() + 1);
     bx_long x = 0;

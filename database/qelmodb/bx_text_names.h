@@ -5,6 +5,8 @@
 // same order, so the name that followed the last one before is compared first; mostly nothing is hashed.
 #pragma once
 
+#include <cstdint>
+#include <cstring>
 #include <deque>
 #include <functional>
 #include <string>
@@ -18,20 +20,37 @@ class bx_text_names {
   explicit bx_text_names(std::function<char*(std::string_view)> store);
 
   struct entry {
-    std::string text;        ///< as it stands in the file
-    char* stored;            ///< borrowed
-    std::uint32_t next = 0;  ///< which name followed the last time
+    std::string text;                ///< as it stands in the file
+    char* stored = nullptr;          ///< borrowed
+    entry* next = nullptr;           ///< which name followed the last time
+    std::uint64_t beginning[2]{};    ///< the first bytes of the name and the quote behind it
+    std::uint64_t significant[2]{};  ///< which bits of them count; all of a longer name
   };
 
   /// The entry of the name at the beginning of these bytes, up to a quote. Null when there is no quote among the first
-  /// bx_key_limit bytes.
-  const entry* find(std::string_view bytes);
+  /// bx_key_limit bytes; so many must be readable.
+  const entry* find(const char* bytes) {
+    entry* usual = last_->next;
+    if (!stands_at(*usual, bytes)) return search(bytes);
+    last_ = usual;
+    return usual;
+  }
 
  private:
-  const entry* search(std::string_view text);
+  static bool stands_at(const entry& name, const char* bytes) noexcept {
+    std::uint64_t first[2];
+    std::memcpy(first, bytes, sizeof first);
+    const std::uint64_t differing =
+        ((first[0] ^ name.beginning[0]) & name.significant[0]) | ((first[1] ^ name.beginning[1]) & name.significant[1]);
+    return differing == 0 && (name.text.size() < sizeof first || is_longer_name(name, bytes));
+  }
+  static bool is_longer_name(const entry& name, const char* bytes) noexcept;
+
+  const entry* search(const char* bytes);
+  entry* make(std::string_view text);
 
   std::function<char*(std::string_view)> store_;
   std::deque<entry> entries_;  // the first is none
   bx_text_table numbers_;
-  std::uint32_t last_ = 0;
+  entry* last_;
 };

@@ -52,7 +52,7 @@ class line_maker {
 
   std::string line(bx_long i) {
     std::string made = rarely() ? odd_label() : "BX_WIRE:  ";
-    made += '"' + (rarely() ? odd_name() : "W" + std::to_string(i)) + '"';
+    made += '"' + (rarely() ? odd_name(i) : usual_name(i)) + '"';
     made += (rarely() ? "x[" : " (") + coordinate() + (rarely() ? "," : ", ") + coordinate() + ")";
     if (rarely()) made += " and so on";
     return made + (rarely() ? "\r\n" : "\n");
@@ -63,8 +63,13 @@ class line_maker {
     return labels[number(0, 5)];
   }
 
-  std::string odd_name() {
-    switch (number(0, 7)) {
+  // Of up to three dozen characters.
+  static std::string usual_name(bx_long i) {
+    return std::string(3 * static_cast<std::size_t>(i), 'W') + std::to_string(i);
+  }
+
+  std::string odd_name(bx_long i) {
+    switch (number(0, 9)) {
       case 0:
         return "";
       case 1:
@@ -79,6 +84,10 @@ class line_maker {
         return std::string("N\0L", 3);
       case 6:
         return "W";
+      case 7:  // all of a usual line but the quote
+        return usual_name(i) + "' (1, 2)\n";
+      case 8:  // another end
+        return usual_name(i).replace(usual_name(i).size() - 1, 1, "?");
       default:
         return "\xff\x80";
     }
