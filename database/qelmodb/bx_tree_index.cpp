@@ -82,7 +82,9 @@ class tree_index::content {
   explicit content(const BX_INSTANCE& root)
       : tree(root), numbers(tree.instances().size()), named(tree.instances()), nodes(tree.instances(), tree.wires()) {
     const std::vector<std::uint32_t> lists = add_wires();
+    constexpr std::size_t ahead = 8;
     for (std::size_t i = 0; i < lists.size(); ++i) {
+      if (i + ahead < lists.size()) numbers.fetch(*tree.instances()[i + ahead]);
       const BX_INSTANCE* inst = tree.instances()[i];
       numbers.add({inst, inst->wires.begin(), static_cast<std::uint32_t>(i), lists[i]});
     }
