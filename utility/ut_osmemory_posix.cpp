@@ -51,7 +51,7 @@ void ut_use_huge_pages(void* start, std::size_t size) noexcept {
 }
 
 void ut_drop_unused(void* start, std::size_t size) noexcept {
-  constexpr std::size_t page = 4096;  // or any multiple of what the system has
+  constexpr std::size_t page = 4096;  // a system whose pages are larger may refuse, and keeps a little more
   const std::size_t before = (page - reinterpret_cast<std::uintptr_t>(start) % page) % page;
   if (size > before) madvise(static_cast<char*>(start) + before, size - before, MADV_DONTNEED);
 }

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstdint>
 #include <iterator>
 #include <map>
 #include <vector>
@@ -14,26 +15,26 @@
 #include "bx_wire_template.h"
 
 /// Indices of a range map, from up to but not including to.
-struct index_span {
+struct bx_index_span {
   std::uint16_t from = 0;
   std::uint16_t to = 0;
 
-  static index_span of(std::uint16_t i) noexcept { return {i, static_cast<std::uint16_t>(i + 1)}; }
+  static bx_index_span of(std::uint16_t i) noexcept { return {i, static_cast<std::uint16_t>(i + 1)}; }
   bool covers(std::uint16_t i) const noexcept { return from <= i && i < to; }
 };
 
 /// A run of a range map, or a part of one.
 template <class T>
-struct known_run {
-  index_span where;
+struct bx_known_run {
+  bx_index_span where;
   T value{};
 };
 
 /// The runs of a range map in one piece of memory.
 template <class T>
-class flat_map {
+class bx_flat_map {
  public:
-  explicit flat_map(const RANGE_MAP<T>& map) : map_(map) {
+  explicit bx_flat_map(const RANGE_MAP<T>& map) : map_(map) {
     starts_.reserve(map.ranges.size());
     values_.reserve(map.ranges.size());
     for (const auto& [start, value] : map.ranges) {
@@ -43,7 +44,7 @@ class flat_map {
   }
 
   /// The run of an index. Where there is none, which is reported, one that covers nothing.
-  known_run<T> run_at(std::uint16_t i) const {
+  bx_known_run<T> run_at(std::uint16_t i) const {
     const auto after = std::upper_bound(starts_.begin(), starts_.end(), i);
     if (i >= map_.size || after == starts_.begin()) return {{}, map_.lookup(i)};
     const std::uint16_t to = after != starts_.end() ? std::min(*after, map_.size) : map_.size;
@@ -59,10 +60,10 @@ class flat_map {
 /// The values of several range maps of one size for every index, where runs are so short that searching them would cost
 /// more than the memory. Values lie in the order in which they are asked for.
 template <class T>
-class value_table {
+class bx_value_table {
  public:
   /// along_first: for an index and then by map; otherwise for a map and then by index.
-  value_table(const RANGE_MAP<T>* maps, std::size_t count, bool along_first) {
+  bx_value_table(const RANGE_MAP<T>* maps, std::size_t count, bool along_first) {
     if (count == 0 || !are_dense(maps, count)) return;
     size_ = maps[0].size;
     along_step_ = along_first ? count : 1;
@@ -108,9 +109,9 @@ class value_table {
 /// A wire template ready for many lookups. Switch matrices are met column by column: a template that runs along rows is
 /// asked for another row each time, and comes back to the same row a column further. So each offset map has the run
 /// that was last found in it, which lies apart from the map: those of all templates should stay in the cache.
-class flat_template {
+class bx_flat_template {
  public:
-  explicit flat_template(const WIRE_TEMPLATE_SM& of)
+  explicit bx_flat_template(const WIRE_TEMPLATE_SM& of)
       : wire_(of),
         lines_(&of.index_map, 1, false),
         index_map_(of.index_map),
@@ -124,34 +125,34 @@ class flat_template {
   const WIRE_TEMPLATE_SM& wire() const noexcept { return wire_; }
 
   /// Which offset map a line has, and for what other lines that is known.
-  known_run<std::uint16_t> map_of(std::uint16_t line) const {
-    if (lines_.covers(line)) return {index_span::of(line), lines_.at(0, line)};
+  bx_known_run<std::uint16_t> map_of(std::uint16_t line) const {
+    if (lines_.covers(line)) return {bx_index_span::of(line), lines_.at(0, line)};
     return index_map_.run_at(line);
   }
 
   bool has_map(std::uint16_t map) const noexcept { return map < last_offsets_.size(); }
 
-  known_run<BX_POINT> offset_at(std::uint16_t map, std::uint16_t along) {
-    if (table_.covers(along)) return {index_span::of(along), table_.at(map, along)};
+  bx_known_run<BX_POINT> offset_at(std::uint16_t map, std::uint16_t along) {
+    if (table_.covers(along)) return {bx_index_span::of(along), table_.at(map, along)};
     if (offset_maps_.empty()) return {{}, wire_.offset_maps[map].lookup(along)};  // which reports
-    known_run<BX_POINT>& last = last_offsets_[map];
+    bx_known_run<BX_POINT>& last = last_offsets_[map];
     if (!last.where.covers(along)) last = offset_maps_[map].run_at(along);
     return last;
   }
 
  private:
   const WIRE_TEMPLATE_SM& wire_;
-  value_table<std::uint16_t> lines_;
-  flat_map<std::uint16_t> index_map_;
-  value_table<BX_POINT> table_;
-  std::vector<known_run<BX_POINT>> last_offsets_;
-  std::vector<flat_map<BX_POINT>> offset_maps_;
+  bx_value_table<std::uint16_t> lines_;
+  bx_flat_map<std::uint16_t> index_map_;
+  bx_value_table<BX_POINT> table_;
+  std::vector<bx_known_run<BX_POINT>> last_offsets_;
+  std::vector<bx_flat_map<BX_POINT>> offset_maps_;
 };
 
 /// The offset that was last found for a wire template, and the columns and rows where it holds: for the next switch
 /// matrix, too, when the template runs along columns. Those of all templates lie together.
-struct strand {
-  explicit strand(flat_template& of) : tmplt(&of), name(of.wire().name), origin(of.wire()) {}
+struct bx_strand {
+  explicit bx_strand(bx_flat_template& of) : tmplt(&of), name(of.wire().name), origin(of.wire()) {}
 
   bool holds_at(std::uint16_t column, std::uint16_t row) const noexcept {
     return columns.covers(column) && rows.covers(row);
@@ -160,12 +161,12 @@ struct strand {
   /// Looks the offset of a place up. False when the index map leads beyond the offset maps.
   bool move_to(std::uint16_t column, std::uint16_t row) {
     const bool by_column = tmplt->wire().span_dir == 1;
-    const known_run<std::uint16_t> lines = tmplt->map_of(by_column ? column : row);
+    const bx_known_run<std::uint16_t> lines = tmplt->map_of(by_column ? column : row);
     if (!tmplt->has_map(lines.value)) return false;
-    const known_run<BX_POINT> places = tmplt->offset_at(lines.value, by_column ? row : column);
+    const bx_known_run<BX_POINT> places = tmplt->offset_at(lines.value, by_column ? row : column);
     // Number by number: read as one from where two were just written, they would have to be waited for.
-    index_span& across = by_column ? columns : rows;
-    index_span& along = by_column ? rows : columns;
+    bx_index_span& across = by_column ? columns : rows;
+    bx_index_span& along = by_column ? rows : columns;
     across.from = lines.where.from;
     across.to = lines.where.to;
     along.from = places.where.from;
@@ -174,10 +175,10 @@ struct strand {
     return true;
   }
 
-  flat_template* tmplt;
+  bx_flat_template* tmplt;
   char* name;
   bx_node_origin origin;
-  index_span columns;
-  index_span rows;
+  bx_index_span columns;
+  bx_index_span rows;
   BX_POINT offset;
 };

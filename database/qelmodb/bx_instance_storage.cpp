@@ -17,6 +17,10 @@ void* BX_INSTANCE::operator new(std::size_t size, const std::nothrow_t& tag) noe
   return ::operator new(size, tag);
 }
 
+void* BX_INSTANCE::operator new(std::size_t size, std::align_val_t alignment, const std::nothrow_t& tag) noexcept {
+  return ::operator new(size, alignment, tag);
+}
+
 void BX_INSTANCE::operator delete(void* inst) noexcept {
   if (UT_POOL::holds(inst)) {
     UT_POOL::give_back(inst);
@@ -30,3 +34,7 @@ void BX_INSTANCE::operator delete(void* inst, std::align_val_t alignment) noexce
 }
 
 void BX_INSTANCE::operator delete(void* inst, const std::nothrow_t& /*tag*/) noexcept { operator delete(inst); }
+
+void BX_INSTANCE::operator delete(void* inst, std::align_val_t alignment, const std::nothrow_t& /*tag*/) noexcept {
+  operator delete(inst, alignment);
+}

@@ -36,7 +36,7 @@ class bx_restorer::flat_set {
   /// What a template gives at a place. False when there is no such template, or it leads nowhere.
   bool wire(std::size_t number, const place& at, bx_restored_wire& restored) {
     if (number >= strands_.size()) return false;
-    strand& known = strands_[number];
+    bx_strand& known = strands_[number];
     if (!known.holds_at(at.column, at.row) && !known.move_to(at.column, at.row)) return false;
     restored = {known.name, known.origin.node(at.corner, known.offset)};
     return true;
@@ -44,8 +44,8 @@ class bx_restorer::flat_set {
 
  private:
   BASIC_ASS_TEMPLATE& set_;
-  std::vector<flat_template> wires_;
-  std::vector<strand> strands_;
+  std::vector<bx_flat_template> wires_;
+  std::vector<bx_strand> strands_;
 };
 
 bx_restorer::bx_restorer() = default;

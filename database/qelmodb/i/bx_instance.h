@@ -69,10 +69,12 @@ class BX_API BX_INSTANCE : public BX_EXTREMA {
   static void* operator new(std::size_t size);
   static void* operator new(std::size_t size, std::align_val_t alignment);
   static void* operator new(std::size_t size, const std::nothrow_t& tag) noexcept;
+  static void* operator new(std::size_t size, std::align_val_t alignment, const std::nothrow_t& tag) noexcept;
   static void* operator new(std::size_t /*size*/, void* place) noexcept { return place; }
   static void operator delete(void* inst) noexcept;
   static void operator delete(void* inst, std::align_val_t alignment) noexcept;
   static void operator delete(void* inst, const std::nothrow_t& tag) noexcept;
+  static void operator delete(void* inst, std::align_val_t alignment, const std::nothrow_t& tag) noexcept;
   static void operator delete(void* /*inst*/, void* /*place*/) noexcept {}
 
   // ---- compression (the order of these virtual operations is fixed)
