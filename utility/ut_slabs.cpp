@@ -31,6 +31,10 @@ void* UT_SLABS::take(std::size_t bytes) {
   return taken;
 }
 
+void UT_SLABS::expect(std::size_t bytes) noexcept {
+  next_size_ = std::clamp(bytes, next_size_, std::max(next_size_, largest_piece));
+}
+
 void UT_SLABS::trim() noexcept {
   if (left_ != 0) ut_drop_unused(at_, left_);
 }

@@ -21,6 +21,9 @@ class UT_SLABS {
   /// Zeroed storage for bytes bytes, aligned to 8. It cannot be given back by itself. Throws std::bad_alloc.
   void* take(std::size_t bytes);
 
+  /// So many bytes will be taken: they come in one piece, where they do not fit into what is left.
+  void expect(std::size_t bytes) noexcept;
+
   /// No more is taken for now: keeps nothing resident that was not taken.
   void trim() noexcept;
 

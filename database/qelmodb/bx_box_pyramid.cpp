@@ -24,6 +24,10 @@ UT_EXTREMA bx_box_pyramid::block::bounds() const noexcept {
           *std::max_element(ymax, ymax + fan)};
 }
 
+bx_box_pyramid::level::level(std::size_t expected, UT_SLABS& slabs) : blocks(UT_SLAB_ALLOCATOR<block>(slabs)) {
+  blocks.reserve((expected + fan - 1) / fan);
+}
+
 void bx_box_pyramid::level::add(const UT_EXTREMA& box) {
   const std::size_t place = boxes % fan;
   if (place == 0) blocks.emplace_back();
@@ -31,15 +35,13 @@ void bx_box_pyramid::level::add(const UT_EXTREMA& box) {
   ++boxes;
 }
 
-void bx_box_pyramid::add(const UT_EXTREMA& box) {
-  if (levels_.empty()) levels_.emplace_back();
-  levels_.front().add(box);
+bx_box_pyramid::bx_box_pyramid(std::size_t boxes, UT_SLABS& slabs) : slabs_(slabs) {
+  levels_.emplace_back(boxes, slabs);
 }
 
 void bx_box_pyramid::finish() {
-  while (!levels_.empty() && levels_.back().blocks.size() > 1) {
-    level above;
-    above.blocks.reserve((levels_.back().blocks.size() + fan - 1) / fan);
+  while (levels_.back().blocks.size() > 1) {
+    level above(levels_.back().blocks.size(), slabs_);
     for (const block& each : levels_.back().blocks) above.add(each.bounds());
     levels_.push_back(std::move(above));
   }

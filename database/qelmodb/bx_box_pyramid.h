@@ -11,11 +11,14 @@
 #include <vector>
 
 #include "ut_extrema.h"
-#include "ut_large_vector.h"
+#include "ut_slab_vector.h"
 
 class bx_box_pyramid {
  public:
-  void add(const UT_EXTREMA& box);
+  /// For about so many rectangles. The slabs are borrowed.
+  bx_box_pyramid(std::size_t boxes, UT_SLABS& slabs);
+
+  void add(const UT_EXTREMA& box) { levels_.front().add(box); }
 
   /// To be called once, behind the last add.
   void finish();
@@ -44,13 +47,15 @@ class bx_box_pyramid {
   };
 
   struct level {
-    UT_LARGE_VECTOR<block> blocks;
+    UT_SLAB_VECTOR<block> blocks;
     std::size_t boxes = 0;
 
+    level(std::size_t boxes, UT_SLABS& slabs);
     void add(const UT_EXTREMA& box);
     std::uint32_t meeting(std::size_t number, const UT_EXTREMA& box) const noexcept;
   };
 
+  UT_SLABS& slabs_;
   std::vector<level> levels_;  // the rectangles themselves first, a single block last
 };
 
@@ -74,7 +79,7 @@ inline std::uint32_t bx_box_pyramid::level::meeting(std::size_t number, const UT
 
 template <class Visit>
 void bx_box_pyramid::for_each_meeting(const UT_EXTREMA& box, Visit visit) const {
-  if (levels_.empty()) return;
+  if (levels_.front().boxes == 0) return;
   struct place {
     std::size_t block;
     std::uint32_t left;  // what in it is still to be looked at

@@ -26,7 +26,21 @@ bool same_names(const char* const* names, const BX_WIRE* wires, std::size_t coun
 
 }  // namespace
 
-bx_name_lists::bx_name_lists() : seed_(ut_hash_seed()), habits_(std::make_unique<habit_table>()) {}
+bx_name_lists::bx_name_lists() : seed_(ut_hash_seed()), habits_(std::make_unique<habit_table>()), usual_(4096, none) {}
+
+std::size_t bx_name_lists::place_of(const DARRAY_BX_WIRE& wires) const noexcept {
+  const auto first = reinterpret_cast<std::uintptr_t>(wires[0].name);
+  return ut_hash_mix((first ^ seed_) + static_cast<std::uint64_t>(wires.getcount())) % usual_.size();
+}
+
+std::uint32_t bx_name_lists::usual(const BX_INSTANCE& inst) const noexcept {
+  const DARRAY_BX_WIRE& wires = inst.wires;
+  if (wires.getcount() == 0) return none;
+  const std::uint32_t number = usual_[place_of(wires)];
+  const bool alike = number != none && lists_[number].count == static_cast<std::size_t>(wires.getcount()) &&
+                     names(number)[0] == wires[0].name;
+  return alike ? number : none;
+}
 
 bool bx_name_lists::is_list(std::uint32_t number, const DARRAY_BX_WIRE& wires) const noexcept {
   const list& known = lists_[number];
@@ -52,9 +66,13 @@ bx_name_lists::answer bx_name_lists::number_of(const BX_INSTANCE& inst) {
   if (wires.getcount() == 0) return {none, false};
   const std::uint64_t ends = hash_of_ends(wires);
   habit& usual = (*habits_)[ends % std::tuple_size_v<habit_table>];
-  if (usual.ends == ends && usual.number != none && is_list(usual.number, wires)) return {usual.number, false};
+  if (usual.ends == ends && usual.number != none && is_list(usual.number, wires)) {
+    usual_[place_of(wires)] = usual.number;
+    return {usual.number, false};
+  }
   const answer found = find_or_make(wires);
   usual = {ends, found.number};
+  usual_[place_of(wires)] = found.number;
   return found;
 }
 

@@ -28,6 +28,12 @@ class bx_name_lists {
   /// The number of the list of names that the instance has. Numbers ascend from 0 in the order of first appearance.
   answer number_of(const BX_INSTANCE& inst);
 
+  /// The list that the last instance with as many wires and this first one had; none when there was no such instance.
+  std::uint32_t usual(const BX_INSTANCE& inst) const noexcept;
+
+  /// The names of a list, as long as none is added.
+  const char* const* names(std::uint32_t number) const noexcept { return names_.data() + lists_[number].first; }
+
  private:
   struct list {
     std::size_t first;  // in names_
@@ -41,6 +47,8 @@ class bx_name_lists {
   };
   using habit_table = std::array<habit, 4096>;
 
+  // Its place in usual_.
+  std::size_t place_of(const DARRAY_BX_WIRE& wires) const noexcept;
   bool is_list(std::uint32_t number, const DARRAY_BX_WIRE& wires) const noexcept;
   std::uint64_t hash_of_ends(const DARRAY_BX_WIRE& wires) const noexcept;
   std::uint64_t hash_of_names(const DARRAY_BX_WIRE& wires) const noexcept;
@@ -50,5 +58,6 @@ class bx_name_lists {
   std::vector<list> lists_;
   std::vector<const char*> names_;
   std::unique_ptr<habit_table> habits_;
+  std::vector<std::uint32_t> usual_;  // numbers of lists, by the first name and the count
   std::unordered_multimap<std::uint64_t, std::uint32_t> numbers_;
 };

@@ -12,15 +12,19 @@
 // Gives names numbers in the order of their first appearance.
 class bx_named_instances::numbering {
  public:
-  explicit numbering(bx_text_table& table) : table_(table) {}
+  numbering(bx_text_table& table, std::size_t expected) : table_(table) { numbers_.reserve(expected); }
 
-  std::uint32_t number_of(const char* name) {
+  void add(const char* name) {
     // Interned names, of which a few come again and again, are known by their address.
     habit& usual = habits_[(reinterpret_cast<std::uintptr_t>(name) >> 4) % habits_.size()];
     if (usual.name != name || name == nullptr) usual = {name, number_of_text(ut_text(name))};
-    return usual.number;
+    numbers_.push_back(usual.number);
   }
 
+  /// Of all names that were added, in that order.
+  const std::vector<std::uint32_t>& numbers() const noexcept { return numbers_; }
+
+  /// How many names there are.
   std::size_t count() const noexcept { return texts_.size(); }
 
  private:
@@ -38,20 +42,27 @@ class bx_named_instances::numbering {
   }
 
   bx_text_table& table_;
+  std::vector<std::uint32_t> numbers_;
   std::vector<const char*> texts_;
   std::array<habit, 1024> habits_;
 };
 
-bx_named_instances::bx_named_instances(std::span<BX_INSTANCE* const> instances) : sorted_(instances.size()) {
-  numbering names(numbers_);
-  std::vector<std::uint32_t> numbers;
-  numbers.reserve(instances.size());
-  for (const BX_INSTANCE* inst : instances) numbers.push_back(names.number_of(inst->name));
-  begins_.assign(names.count() + 1, 0);
+bx_named_instances::bx_named_instances(std::size_t count, UT_SLABS& slabs)
+    : sorted_(UT_SLAB_ALLOCATOR<BX_INSTANCE*>(slabs)), numbering_(std::make_unique<numbering>(numbers_, count)) {}
+
+bx_named_instances::~bx_named_instances() = default;
+
+void bx_named_instances::add(const BX_INSTANCE& inst) { numbering_->add(inst.name); }
+
+void bx_named_instances::finish(std::span<BX_INSTANCE* const> instances) {
+  const std::vector<std::uint32_t>& numbers = numbering_->numbers();
+  begins_.assign(numbering_->count() + 1, 0);
   for (const std::uint32_t number : numbers) ++begins_[number + 1];
   for (std::size_t i = 1; i < begins_.size(); ++i) begins_[i] += begins_[i - 1];
   std::vector<std::uint32_t> next = begins_;
+  sorted_.resize(instances.size());
   for (std::size_t i = 0; i < instances.size(); ++i) sorted_[next[numbers[i]]++] = instances[i];
+  numbering_.reset();
 }
 
 std::span<BX_INSTANCE* const> bx_named_instances::find(const char* name) const noexcept {

@@ -5,17 +5,27 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <vector>
 
 #include "bx_instance.h"
 #include "bx_text_table.h"
-#include "ut_large_vector.h"
+#include "ut_slab_vector.h"
 
 class bx_named_instances {
  public:
-  /// Sorts instances by name; those of one name keep their order.
-  explicit bx_named_instances(std::span<BX_INSTANCE* const> instances);
+  /// For about so many instances. The slabs are borrowed.
+  bx_named_instances(std::size_t count, UT_SLABS& slabs);
+  bx_named_instances(const bx_named_instances&) = delete;
+  bx_named_instances& operator=(const bx_named_instances&) = delete;
+  ~bx_named_instances();
+
+  void add(const BX_INSTANCE& inst);
+
+  /// Sorts the instances, which are those that were added, by name; those of one name keep their order. To be called
+  /// once.
+  void finish(std::span<BX_INSTANCE* const> instances);
 
   /// Those of this name. name is not null.
   std::span<BX_INSTANCE* const> find(const char* name) const noexcept;
@@ -25,7 +35,8 @@ class bx_named_instances {
  private:
   class numbering;
 
-  UT_LARGE_VECTOR<BX_INSTANCE*> sorted_;
+  UT_SLAB_VECTOR<BX_INSTANCE*> sorted_;
   std::vector<std::uint32_t> begins_;  // in sorted_, of each name, and the end of the last
   bx_text_table numbers_;
+  std::unique_ptr<numbering> numbering_;  // until all are there
 };

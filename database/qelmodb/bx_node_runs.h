@@ -15,15 +15,21 @@
 #include "bx_instance.h"
 #include "ut_arith.h"
 #include "ut_large_vector.h"
+#include "ut_slab_vector.h"
 
 class bx_node_runs {
  public:
-  /// For the wires of these instances, which are borrowed; wires is their number. Chooses by a sample how large the
-  /// boxes may be.
-  bx_node_runs(std::span<BX_INSTANCE* const> instances, std::size_t wires);
+  /// For the wires of these instances, which are borrowed like the slabs; wires is their number. Chooses by a sample
+  /// how large the boxes may be.
+  bx_node_runs(std::span<BX_INSTANCE* const> instances, std::size_t wires, UT_SLABS& slabs);
 
-  /// Adds the wires of instances[number]; to be called by ascending numbers.
-  void add(std::uint32_t number);
+  /// Adds the wires of instances[number], whose names are the list of this number; to be called by ascending numbers
+  /// of instances.
+  void add(std::uint32_t number, std::uint32_t list);
+
+  /// Does the same in one look at the wires when they have these names, those of the list, and lie as those of the last
+  /// instance that had it did. False when they do not, and nothing is added.
+  bool add_alike(std::uint32_t number, std::uint32_t list, const char* const* names);
 
   /// To be called once, behind the last add.
   void finish();
@@ -35,37 +41,63 @@ class bx_node_runs {
   std::size_t memory() const noexcept;
 
  private:
+  static constexpr bx_long longest = 256;  // what is quickly looked through
+  static constexpr int size_bits = 12;
+
+  // There are many of these, and memory that is touched for the first time is what building spends most on.
   struct run {
     BX_WIRE* wires;
-    bx_long count;
     std::uint32_t instance;
-    UT_EXTREMA box;
+    bx_long xmin;
+    bx_long ymin;
+    std::uint32_t others : 8;         // wires beside the first one
+    std::uint32_t width : size_bits;  // of the box, in units of 2^scale_
+    std::uint32_t height : size_bits;
 
-    bool covers(bx_long x, bx_long y) const noexcept {
-      return box.xmin <= x && x <= box.xmax && box.ymin <= y && y <= box.ymax;
-    }
+    bx_long count() const noexcept { return static_cast<bx_long>(others) + 1; }
   };
+
+  // False only when no wire of the run is at (x, y).
+  bool may_hold(const run& each, bx_long x, bx_long y) const noexcept {
+    const bx_ulong right = static_cast<bx_ulong>(x) - static_cast<bx_ulong>(each.xmin);
+    const bx_ulong up = static_cast<bx_ulong>(y) - static_cast<bx_ulong>(each.ymin);
+    return right >> scale_ <= each.width && up >> scale_ <= each.height;
+  }
 
   /// The runs filed under four neighbouring cells, in order.
   class nearby;
 
+  /// How many wires each run had in the last instance of a list.
+  struct habit {
+    std::uint32_t list = UINT32_MAX;
+    std::vector<bx_long> counts = {};
+  };
+
+  bool fits(const UT_EXTREMA& box) const noexcept;
   template <class Take>
-  void split(std::uint32_t number, Take take) const;
+  void split(BX_WIRE* first, const BX_WIRE* end, Take take) const;
   void choose_box_size();
+  void add_run(BX_WIRE* first, bx_long count, std::uint32_t instance, const UT_EXTREMA& box);
+
+  // What the place of the cell (column, row) is taken from, whatever the size of the table.
+  std::uint32_t hash_of(bx_long column, bx_long row) const noexcept {
+    const std::uint64_t cell = std::uint64_t{static_cast<bx_ulong>(column)} << 32 | static_cast<bx_ulong>(row);
+    return static_cast<std::uint32_t>((cell * factor_) >> 32);
+  }
 
   // The place, in the table, of the cell (column, row).
-  std::size_t place_of(bx_long column, bx_long row) const noexcept {
-    const std::uint64_t cell = std::uint64_t{static_cast<bx_ulong>(column)} << 32 | static_cast<bx_ulong>(row);
-    return (cell * factor_) >> table_shift_;
-  }
+  std::size_t place_of(bx_long column, bx_long row) const noexcept { return hash_of(column, row) >> table_shift_; }
 
   std::span<BX_INSTANCE* const> instances_;
   std::uint64_t factor_;  // odd and secret: nobody can make nodes that all meet in one place of the table
   int shift_ = 0;         // cells are 2^shift_ wide and high, and boxes smaller
+  int scale_ = 0;
+  std::vector<habit> habits_;
   UT_LARGE_VECTOR<run> runs_;
-  int table_shift_ = 63;
-  UT_LARGE_VECTOR<std::uint32_t> begins_;  // in filed_, of each place, and the end of the last
-  UT_LARGE_VECTOR<std::uint32_t> filed_;   // numbers of runs, ascending within a place
+  UT_SLAB_VECTOR<std::uint32_t> hashes_;  // of the cells in which runs begin
+  int table_shift_ = 31;
+  UT_SLAB_VECTOR<std::uint32_t> begins_;  // in filed_, of each place, and the end of the last
+  UT_SLAB_VECTOR<std::uint32_t> filed_;   // numbers of runs, ascending within a place
 };
 
 // A box is smaller than a cell, so one that covers a point begins in the cell of the point, in the one to the left, the
@@ -124,13 +156,13 @@ void bx_node_runs::for_each_at(bx_long x, bx_long y, Visit visit) const {
       more = numbers.next(pending[count]);
       if (!more) break;
       const run& in = runs_[pending[count]];
-      if (!in.covers(x, y)) continue;
-      bx_fetch_wires(in.wires, std::min<bx_long>(in.count, most_fetched));
+      if (!may_hold(in, x, y)) continue;
+      bx_fetch_wires(in.wires, std::min(in.count(), most_fetched));
       ++count;
     }
     for (std::size_t i = 0; i < count; ++i) {
       const run& in = runs_[pending[i]];
-      for (BX_WIRE* wire = in.wires; wire != in.wires + in.count; ++wire) {
+      for (BX_WIRE* wire = in.wires; wire != in.wires + in.count(); ++wire) {
         if (wire->nodex == x && wire->nodey == y) visit(wire, instances_[in.instance]);
       }
     }

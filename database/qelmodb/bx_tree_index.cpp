@@ -11,17 +11,40 @@
 #include "bx_walk.h"
 #include "bx_wire_lists.h"
 #include "qelmoindex.h"
-#include "ut_large_vector.h"
+#include "ut_slab_vector.h"
 #include "ut_string.h"
 
 namespace qelmodb {
 
 namespace {
 
+/// How many instances a tree has if all children of its root are like some of them. Counting would take a walk, and
+/// room that is not used costs nothing.
+std::size_t probable_count(const BX_INSTANCE& root) {
+  constexpr bx_long looked_at = 16;
+  constexpr std::size_t most_counted = 100000;
+  const bx_long children = root.getnuminstances();
+  std::size_t counted = 1;
+  bx_long seen = 0;
+  for (bx_long i = 0; i < children && counted < most_counted; i += children / looked_at + 1, ++seen) {
+    if (root.instances[i] == nullptr) continue;
+    bx_walk(*root.instances[i], [&counted](const BX_INSTANCE&, bx_long) { return ++counted < most_counted; });
+  }
+  const std::size_t all = seen == 0 ? 1 : counted * static_cast<std::size_t>(children) / static_cast<std::size_t>(seen);
+  return all + all / 8;
+}
+
 /// The instances of a tree in the order of the walk, as numbers from 0.
 class walked_tree {
  public:
-  explicit walked_tree(const BX_INSTANCE& root) {
+  /// The slabs are borrowed.
+  walked_tree(const BX_INSTANCE& root, UT_SLABS& slabs)
+      : instances_(UT_SLAB_ALLOCATOR<BX_INSTANCE*>(slabs)),
+        parents_(UT_SLAB_ALLOCATOR<std::uint32_t>(slabs)),
+        ends_(UT_SLAB_ALLOCATOR<std::uint32_t>(slabs)),
+        depths_(UT_SLAB_ALLOCATOR<bx_long>(slabs)),
+        boxes_(reserve(root), slabs),
+        named_(instances_.capacity(), slabs) {
     std::vector<std::uint32_t> ancestors;
     bx_walk(const_cast<BX_INSTANCE&>(root), [&](BX_INSTANCE& inst, bx_long depth) {
       if (instances_.size() == UINT32_MAX - 1) throw std::length_error("too many instances for an index");
@@ -33,11 +56,13 @@ class walked_tree {
       ends_.push_back(0);
       depths_.push_back(depth);
       boxes_.add(inst);
+      named_.add(inst);
       wires_ += static_cast<std::size_t>(inst.getnumwires());
       return true;
     });
     leave(ancestors, 0);
     boxes_.finish();
+    named_.finish(instances_);
   }
 
   std::span<BX_INSTANCE* const> instances() const noexcept { return instances_; }
@@ -54,24 +79,38 @@ class walked_tree {
 
   const bx_box_pyramid& boxes() const noexcept { return boxes_; }
 
+  const bx_named_instances& named() const noexcept { return named_; }
+
   std::size_t memory() const noexcept {
-    return instances_.capacity() * sizeof(BX_INSTANCE*) +
-           (parents_.capacity() + ends_.capacity()) * sizeof(std::uint32_t) + depths_.capacity() * sizeof(bx_long) +
-           boxes_.memory();
+    return instances_.size() * sizeof(BX_INSTANCE*) + (parents_.size() + ends_.size()) * sizeof(std::uint32_t) +
+           depths_.size() * sizeof(bx_long) + boxes_.memory() + named_.memory();
   }
 
  private:
+  // Makes room for the instances, and tells for how many.
+  std::size_t reserve(const BX_INSTANCE& root) {
+    constexpr std::size_t bytes_of_instance = 80;  // here and in the other parts of the index, about
+    const std::size_t count = probable_count(root);
+    instances_.get_allocator().slabs().expect(count * bytes_of_instance);
+    instances_.reserve(count);
+    parents_.reserve(count);
+    ends_.reserve(count);
+    depths_.reserve(count);
+    return count;
+  }
+
   void leave(std::vector<std::uint32_t>& ancestors, std::size_t depth) {
     for (; ancestors.size() > depth; ancestors.pop_back()) {
       ends_[ancestors.back()] = static_cast<std::uint32_t>(instances_.size());
     }
   }
 
-  UT_LARGE_VECTOR<BX_INSTANCE*> instances_;
-  UT_LARGE_VECTOR<std::uint32_t> parents_;
-  UT_LARGE_VECTOR<std::uint32_t> ends_;
-  UT_LARGE_VECTOR<bx_long> depths_;
+  UT_SLAB_VECTOR<BX_INSTANCE*> instances_;
+  UT_SLAB_VECTOR<std::uint32_t> parents_;
+  UT_SLAB_VECTOR<std::uint32_t> ends_;
+  UT_SLAB_VECTOR<bx_long> depths_;
   bx_box_pyramid boxes_;
+  bx_named_instances named_;
   std::size_t wires_ = 0;
 };
 
@@ -80,33 +119,36 @@ class walked_tree {
 class tree_index::content {
  public:
   explicit content(const BX_INSTANCE& root)
-      : tree(root), numbers(tree.instances().size()), named(tree.instances()), nodes(tree.instances(), tree.wires()) {
-    const std::vector<std::uint32_t> lists = add_wires();
-    constexpr std::size_t ahead = 8;
-    for (std::size_t i = 0; i < lists.size(); ++i) {
-      if (i + ahead < lists.size()) numbers.fetch(*tree.instances()[i + ahead]);
-      const BX_INSTANCE* inst = tree.instances()[i];
-      numbers.add({inst, inst->wires.begin(), static_cast<std::uint32_t>(i), lists[i]});
-    }
+      : tree(root, slabs), numbers(tree.instances(), slabs), nodes(tree.instances(), tree.wires(), slabs) {
+    add_instances();
     wire_lists.finish();
     nodes.finish();
   }
 
-  /// Gives the number of the list of wire names of each instance.
-  std::vector<std::uint32_t> add_wires() {
+  void add_instances() {
     const std::span<BX_INSTANCE* const> instances = tree.instances();
     constexpr bx_long most_fetched = 128;
-    std::vector<std::uint32_t> lists(instances.size());
     for (std::size_t i = 0; i < instances.size(); ++i) {
-      // Wires are looked at twice while they are at hand, and those of the next instance are under way by then.
-      lists[i] = wire_lists.add(*instances[i]);
       if (i + 1 < instances.size()) {
         const DARRAY_BX_WIRE& next = instances[i + 1]->wires;
         bx_fetch_wires(next.begin(), std::min(next.getcount(), most_fetched));
       }
-      nodes.add(static_cast<std::uint32_t>(i));
+      const BX_INSTANCE& inst = *instances[i];
+      const auto number = static_cast<std::uint32_t>(i);
+      numbers.add({&inst, inst.wires.begin(), number, add_wires(inst, number)});
     }
-    return lists;
+  }
+
+  /// Gives the number of the instance's list of wire names.
+  std::uint32_t add_wires(const BX_INSTANCE& inst, std::uint32_t number) {
+    const std::uint32_t usual = wire_lists.usual(inst);
+    if (usual != bx_name_lists::none && nodes.add_alike(number, usual, wire_lists.names(usual))) {
+      wire_lists.add_another(usual);
+      return usual;
+    }
+    const std::uint32_t list = wire_lists.add(inst);
+    nodes.add(number, list);
+    return list;
   }
 
   /// The instance of this number; null when there is none.
@@ -114,9 +156,9 @@ class tree_index::content {
     return number < tree.instances().size() ? tree.instances()[number] : nullptr;
   }
 
+  UT_SLABS slabs;
   walked_tree tree;
   bx_instance_numbers numbers;
-  bx_named_instances named;
   bx_wire_lists wire_lists;
   bx_node_runs nodes;
 };
@@ -167,7 +209,7 @@ std::string tree_index::path(const BX_INSTANCE& inst) const {
 }
 
 std::span<BX_INSTANCE* const> tree_index::instances_named(const char* name) const noexcept {
-  return content_->named.find(ut_text(name));
+  return content_->tree.named().find(ut_text(name));
 }
 
 BX_WIRE* tree_index::wire(const BX_INSTANCE& inst, const char* name, const BX_WIRE* after) const noexcept {
@@ -200,8 +242,8 @@ void tree_index::wires_at(bx_long x, bx_long y, std::vector<placed_wire>& found)
 }
 
 std::size_t tree_index::memory() const noexcept {
-  return sizeof(content) + content_->tree.memory() + content_->numbers.memory() + content_->named.memory() +
-         content_->wire_lists.memory() + content_->nodes.memory();
+  return sizeof(content) + content_->tree.memory() + content_->numbers.memory() + content_->wire_lists.memory() +
+         content_->nodes.memory();
 }
 
 }  // namespace qelmodb

@@ -29,7 +29,7 @@ std::uint32_t bx_wire_lists::add(const BX_INSTANCE& inst) {
   if (is_new) {
     lists_.push_back({.wires = inst.wires.begin(), .count = inst.getnumwires()});
   } else if (number != bx_name_lists::none) {
-    lists_[number].shared = true;
+    add_another(number);
   }
   return number;
 }

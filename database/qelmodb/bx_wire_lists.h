@@ -18,6 +18,15 @@ class bx_wire_lists {
   /// The number of the list of names that the instance has, as bx_name_lists gives it.
   std::uint32_t add(const BX_INSTANCE& inst);
 
+  /// The list that an instance with its first wire probably has; bx_name_lists::none when nothing is known.
+  std::uint32_t usual(const BX_INSTANCE& inst) const noexcept { return numbers_->usual(inst); }
+
+  /// The names of a list, until the next add.
+  const char* const* names(std::uint32_t number) const noexcept { return numbers_->names(number); }
+
+  /// Does what add does for an instance that has this list.
+  void add_another(std::uint32_t number) noexcept { lists_[number].shared = true; }
+
   /// To be called once, behind the last add.
   void finish();
 

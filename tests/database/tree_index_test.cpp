@@ -315,6 +315,34 @@ TEST(TreeIndex, FindsWiresOfAnInstanceThatHasVeryMany) {
   }
 }
 
+// Runs of wires are taken over from one instance to the next that has the same names.
+TEST(TreeIndex, FindsWiresOfLikeInstancesWhoseWiresLieElsewhere) {
+  BX_DB db("ROOT", 0, 0, 1, 1);
+  const qelmodb::name_batch batch(db);
+  constexpr bx_long least = -2147483647 - 1;
+  constexpr bx_long places[] = {0, 5, 3000, least, 2147483647};
+  for (bx_long k = 0; k < 60; ++k) {
+    BX_INSTANCE* inst = test::add(db, "LIKE", k, 0, k + 1, 1);
+    for (bx_long i = 0; i < 40; ++i) {
+      const std::string name = "W" + std::to_string(10 + i);
+      // Some lie apart from the others, each time others.
+      const bx_long there = (i + k) % 9 == 0 ? places[(i + k) % 5] : k + i % 4;
+      const BX_WIRE wire(name.c_str(), there, i % 3);
+      inst->addwire(&wire);
+    }
+  }
+  const plain_answers plain(db);
+  const tree_index index(db);
+  std::vector<placed_wire> found;
+  for (const BX_INSTANCE* inst : plain.all()) {
+    for (const BX_WIRE& wire : inst->wires) {
+      index.wires_at(wire.nodex, wire.nodey, found);
+      ASSERT_EQ(found, plain.at_node(wire.nodex, wire.nodey)) << wire.nodex << ", " << wire.nodey;
+      ASSERT_EQ(index.wire(*inst, wire.name), &wire);
+    }
+  }
+}
+
 TEST(TreeIndex, OfADeepTreeNeedsNoStack) {
   BX_INSTANCE root("ROOT", 0, 0, 9, 9);
   BX_INSTANCE* last = &root;
