@@ -20,5 +20,6 @@ need_packages() {
 build_packages="g++ cmake ninja-build pkg-config libcli11-dev libfmt-dev nlohmann-json3-dev zlib1g-dev libzstd-dev\
  libcairo2-dev"
 test_packages="libgtest-dev libbenchmark-dev gzip zstd"
+windows_packages="g++-mingw-w64-x86-64-posix libz-mingw-w64-dev googletest wine wine64"
 bench_packages="libbenchmark-dev libboost-dev libboost-serialization-dev libsqlite3-dev libflatbuffers-dev\
  flatbuffers-compiler libzstd-dev"

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
+#include <sstream>
 #include <string>
 
 #include "ut_string.h"
@@ -19,6 +20,14 @@ union forever {
   UT_MSGMAN manager;
 };
 constinit forever built_in;
+
+// A client of a DLL may have a std::endl of its own, with another address.
+bool ends_lines(std::ostream& (*manipulator)(std::ostream&)) {
+  if (manipulator == static_cast<std::ostream& (*)(std::ostream&)>(std::endl)) return true;
+  std::ostringstream written;
+  manipulator(written);
+  return written.str() == "\n";
+}
 
 std::string printable(const char* text) {
   std::string shown;
@@ -80,7 +89,7 @@ UT_MSGMAN& UT_MSGMAN::operator<<(bx_ulong number) {
 }
 
 UT_MSGMAN& UT_MSGMAN::operator<<(std::ostream& (*manipulator)(std::ostream&)) {
-  if (manipulator == static_cast<std::ostream& (*)(std::ostream&)>(std::endl)) {
+  if (ends_lines(manipulator)) {
     msgprint("\n");
     if (sink_ == nullptr) std::fflush(stdout);
   }

@@ -1,11 +1,12 @@
 // SPDX-FileCopyrightText: The qelmodb authors
 // SPDX-License-Identifier: Apache-2.0
 
-// One open file of the operating system. This header and its source are the only place that knows
-// how a system opens, syncs and replaces files; all names are UTF-8.
+// One open file of the operating system. This header and its sources, one for each system, are the
+// only place that knows how files are opened, synced and replaced; all names are UTF-8.
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <string>
 
@@ -44,13 +45,13 @@ class UT_OSFILE {
   std::int64_t bytes_left() const noexcept;
 
  private:
-  UT_OSFILE(int handle, std::string name) : handle_(handle), name_(std::move(name)) {}
+  UT_OSFILE(std::intptr_t handle, std::string name) : handle_(handle), name_(std::move(name)) {}
 
-  int handle_;
-  std::string name_;       // as the client gave it, for messages
-  std::string target_;     // where a commit puts the temporary file
-  std::string temporary_;  // empty when the target is written in place
+  std::intptr_t handle_;             // what the system knows the file by; -1 when it is closed
+  std::string name_;                 // as the client gave it, for messages
+  std::filesystem::path target_;     // where a commit puts the temporary file
+  std::filesystem::path temporary_;  // empty when the target is written in place
   std::int64_t size_ = -1;
   std::int64_t read_ = 0;
-  int write_errno_ = 0;
+  int write_fault_ = 0;  // the system's number for it
 };

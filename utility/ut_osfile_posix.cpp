@@ -63,6 +63,8 @@ void sync_folder(const std::string& target) {
   ::close(handle);
 }
 
+int descriptor(std::intptr_t handle) noexcept { return static_cast<int>(handle); }
+
 }  // namespace
 
 std::unique_ptr<UT_OSFILE> UT_OSFILE::open_read(const std::string& name, fault& why) {
@@ -101,13 +103,13 @@ std::unique_ptr<UT_OSFILE> UT_OSFILE::open_write(const std::string& name, bool r
 }
 
 UT_OSFILE::~UT_OSFILE() {
-  if (handle_ >= 0) ::close(handle_);
+  if (handle_ >= 0) ::close(descriptor(handle_));
   if (!temporary_.empty()) ::unlink(temporary_.c_str());
 }
 
 std::size_t UT_OSFILE::read(void* bytes, std::size_t count) noexcept {
   for (;;) {
-    const ssize_t got = ::read(handle_, bytes, count);
+    const ssize_t got = ::read(descriptor(handle_), bytes, count);
     if (got >= 0) {
       read_ += got;
       return static_cast<std::size_t>(got);
@@ -119,10 +121,10 @@ std::size_t UT_OSFILE::read(void* bytes, std::size_t count) noexcept {
 bool UT_OSFILE::write(const void* bytes, std::size_t count) noexcept {
   const char* from = static_cast<const char*>(bytes);
   while (count != 0) {
-    const ssize_t put = ::write(handle_, from, count);
+    const ssize_t put = ::write(descriptor(handle_), from, count);
     if (put < 0 && errno == EINTR) continue;
     if (put <= 0) {
-      if (write_errno_ == 0) write_errno_ = put < 0 ? errno : ENOSPC;
+      if (write_fault_ == 0) write_fault_ = put < 0 ? errno : ENOSPC;
       return false;
     }
     from += put;
@@ -134,9 +136,10 @@ bool UT_OSFILE::write(const void* bytes, std::size_t count) noexcept {
 bool UT_OSFILE::commit(fault& why) {
   const bool in_place = temporary_.empty();
   // A pipe or a device cannot be synced; that is no fault.
-  const bool synced = ::fsync(handle_) == 0 || (in_place && (errno == EINVAL || errno == EROFS || errno == ENOTSUP));
+  const bool synced =
+      ::fsync(descriptor(handle_)) == 0 || (in_place && (errno == EINVAL || errno == EROFS || errno == ENOTSUP));
   const int sync_error = errno;
-  const bool closed = ::close(handle_) == 0;
+  const bool closed = ::close(descriptor(handle_)) == 0;
   const int error = synced ? errno : sync_error;
   handle_ = -1;
   if (!synced || !closed) {
@@ -149,12 +152,12 @@ bool UT_OSFILE::commit(fault& why) {
     return false;
   }
   temporary_.clear();
-  sync_folder(target_);
+  sync_folder(target_.native());
   return true;
 }
 
 std::string UT_OSFILE::write_error() const {
-  return reason(name_, "cannot write", write_errno_ != 0 ? write_errno_ : EIO);
+  return reason(name_, "cannot write", write_fault_ != 0 ? write_fault_ : EIO);
 }
 
 std::int64_t UT_OSFILE::bytes_left() const noexcept {

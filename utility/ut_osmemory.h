@@ -1,17 +1,22 @@
 // SPDX-FileCopyrightText: The qelmodb authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Large pieces of memory straight from the operating system. This header and its source are the only place that knows
-// how a system hands them out.
+// Large pieces of memory straight from the operating system. This header and its sources, one for each
+// system, are the only place that knows how they are handed out.
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <new>
 
 /// The size of a huge page, or what stands for one.
 inline constexpr std::size_t ut_huge_page = std::size_t{2} << 20;
 
 /// The least multiple of unit that is not below bytes. Throws std::bad_alloc when there is none.
-std::size_t ut_round_up(std::size_t bytes, std::size_t unit);
+inline std::size_t ut_round_up(std::size_t bytes, std::size_t unit) {
+  if (bytes > SIZE_MAX - unit) throw std::bad_alloc();
+  return (bytes + unit - 1) / unit * unit;
+}
 
 /// Zeroed memory, aligned to a page, that is not resident until it is touched. size is not 0, and from ut_huge_page on
 /// a multiple of it; so large a piece begins where a huge page does. Null when there is no memory.

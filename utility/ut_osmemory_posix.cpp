@@ -4,7 +4,6 @@
 #include <sys/mman.h>
 
 #include <cstdint>
-#include <new>
 
 #include "ut_osmemory.h"
 #include "ut_sanitizer.h"
@@ -29,11 +28,6 @@ char* map_aligned(std::size_t size) noexcept {
 }
 
 }  // namespace
-
-std::size_t ut_round_up(std::size_t bytes, std::size_t unit) {
-  if (bytes > SIZE_MAX - unit) throw std::bad_alloc();
-  return (bytes + unit - 1) / unit * unit;
-}
 
 void* ut_fresh_memory(std::size_t size) noexcept {
   char* start = size < ut_huge_page ? map(size) : map_aligned(size);

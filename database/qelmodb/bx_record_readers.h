@@ -18,6 +18,7 @@
 #include "bx_load_storage.h"
 #include "bx_records.h"
 #include "bx_text_names.h"
+#include "ut_fast_fail.h"
 #include "ut_ptrfile.h"
 #include "ut_string.h"
 
@@ -139,7 +140,7 @@ class bx_text_reader {
 
   void read_key(char delimiter) {
     const bx_long consumed = file_.readkey(key_, bx_key_limit, delimiter);
-    if (consumed <= 0 || consumed > bx_key_limit) std::abort();
+    if (consumed <= 0 || consumed > bx_key_limit) ut_fast_fail();
     key_[consumed - 1] = '\0';
   }
 

@@ -7,6 +7,7 @@
 
 #include "exposed.h"
 #include "grid_tiles.h"
+#include "test_host.h"
 
 namespace {
 
@@ -99,8 +100,10 @@ TEST_F(GridFailureDeathTest, EndsTheProcessThroughTheDatabase) {
   const test::environment shown(show, "1");
   EXPECT_EXIT(db.getgrid(const_cast<const char**>(every_tile)), testing::ExitedWithCode(EXIT_FAILURE),
               "^BX_GRID cannot get the device\n"
-              "A fatal error occurred\\. The process will now exit\\. \\[qelmodb\\] qelmodb:[0-9]+ version 1\\.0 code "
-              "20\n$");
+              "A fatal error occurred\\. The process will now exit\\. \\[qelmodb\\] qelmodb:" +
+                  test::digits +
+                  " version 1\\.0 code "
+                  "20\n$");
 }
 
 TEST_F(GridFailureDeathTest, AfterLoadgridEndsTheProcess) {
@@ -121,7 +124,8 @@ TEST_F(GridFailureDeathTest, CellThatDoesNotExistEndsTheProcess) {
   const BX_GRID grid(&db, every_tile);
   EXPECT_EXIT(grid.getinstance(0, 1), testing::ExitedWithCode(EXIT_FAILURE),
               "^A fatal error occurred\\. The process will now exit\\. "
-              "\\[\\\\xD1\\\\xC5\\\\xCC\\\\xCD\\\\xCF\\\\xC4\\\\xC2\\] qelmodb:[0-9]+ version 1\\.0 code 1\n$");
+              "\\[\\\\xD1\\\\xC5\\\\xCC\\\\xCD\\\\xCF\\\\xC4\\\\xC2\\] qelmodb:" +
+                  test::digits + " version 1\\.0 code 1\n$");
 }
 
 }  // namespace

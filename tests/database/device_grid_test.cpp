@@ -21,7 +21,7 @@ class DeviceGrid : public testing::Test {
  protected:
   DeviceGrid() : old_cache_(np_devcache), old_place_(std::filesystem::current_path()) {
     np_devcache = &cache_;
-    PM_SPEC::setdatadir(folder_.path().c_str());
+    PM_SPEC::setdatadir(folder_.name().c_str());
     std::filesystem::current_path(folder_.path());
     // Three columns and three rows; one place is free, a tall tile fills two, and a column and a row stay empty.
     tile("CLB_a", 0, 20, 9, 29);

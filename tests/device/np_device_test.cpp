@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "builders.h"
+#include "test_host.h"
 
 namespace {
 
@@ -173,10 +174,10 @@ TEST_F(Description, CutOffAnywhereIsAFaultOrTheWholeDevice) {
 TEST_F(Description, FileThatCannotBeReadIsNamed) {
   const std::string missing = folder.file("missing.npd");
   EXPECT_EQ(NP_TABLEDEVICE::read(missing.c_str(), why), nullptr);
-  EXPECT_EQ(why, missing + ": cannot open for reading: No such file or directory");
-  const std::string directory = folder.path().string();
+  EXPECT_TRUE(test::is_fault(why, missing + ": cannot open for reading: ", "No such file or directory"));
+  const std::string directory = folder.name();
   EXPECT_EQ(NP_TABLEDEVICE::read(directory.c_str(), why), nullptr);
-  EXPECT_EQ(why, directory + ": cannot open for reading: Is a directory");
+  EXPECT_TRUE(test::is_fault(why, directory + ": cannot open for reading: ", "Is a directory"));
 }
 
 TEST_F(Description, WrittenReadsBackEqual) {
@@ -194,7 +195,7 @@ TEST_F(Description, FileThatCannotBeWrittenIsNamed) {
   const NP_TABLEDEVICE device({0, 1}, {0, 1});
   const std::string below = folder.file("none/device.npd");
   EXPECT_FALSE(device.write(below.c_str(), why));
-  EXPECT_EQ(why, below + ": cannot open for writing: No such file or directory");
+  EXPECT_TRUE(test::is_fault(why, below + ": cannot open for writing: ", "No such file or directory"));
 }
 
 TEST_F(Description, ReadingLeavesNoFileRegistered) {

@@ -245,7 +245,7 @@ TEST(Checker, ChecksFilesByNameAndTellsThoseItCannotRead) {
   EXPECT_FALSE(missing.loadable());
   EXPECT_EQ(missing.faults[0].offset, 0);
   EXPECT_NE(missing.faults[0].message.find("none.bxd"), std::string::npos);
-  EXPECT_FALSE(qelmodb::check_file(folder.path().c_str(), content::database).loadable());
+  EXPECT_FALSE(qelmodb::check_file(folder.name().c_str(), content::database).loadable());
   EXPECT_EQ(ut_file->getcount(), 0);
 }
 

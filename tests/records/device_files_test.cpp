@@ -16,7 +16,7 @@ class DeviceFiles : public testing::Test {
  protected:
   DeviceFiles() : old_cache_(np_devcache), old_place_(std::filesystem::current_path()), small_("TOP", 0, 0, 9, 9) {
     np_devcache = &cache_;
-    PM_SPEC::setdatadir(folder_.path().c_str());
+    PM_SPEC::setdatadir(folder_.name().c_str());
     small_.addinstance(new BX_INSTANCE("C", 0, 3, 4, 5));
   }
 

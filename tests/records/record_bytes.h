@@ -1,23 +1,19 @@
 // SPDX-FileCopyrightText: The qelmodb authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Bytes of records and files put together by hand, files in memory, and process ends seen from outside.
+// Bytes of records and files put together by hand, files in memory, and loads in a process of their own.
 #pragma once
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdint>
-#include <cstdio>
-#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "builders.h"
 #include "qelmoext.h"
+#include "test_host.h"
 
 namespace test {
 
@@ -88,24 +84,6 @@ class opened_db : public BX_DB {
   using BX_DB::BX_DB;
   using BX_DB::getcachedname;
 };
-
-/// How a child process ended: with its exit status, or minus the signal that killed it.
-inline int in_child(const std::function<int()>& body) {
-  std::fflush(nullptr);
-  const pid_t child = fork();
-  if (child == 0) {
-    const rlimit no_core{0, 0};
-    setrlimit(RLIMIT_CORE, &no_core);
-    _exit(body());
-  }
-  int status = 0;
-  if (child < 0 || waitpid(child, &status, 0) != child) return 255;
-  return WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status);
-}
-
-/// Exit statuses that no sanitizer uses.
-inline constexpr int child_said_false = 40;
-inline constexpr int child_said_true = 41;
 
 /// Loads in a child process: one of the two above, or how else the child ended.
 inline int loaded_in_child(const std::string& bytes, content what) {

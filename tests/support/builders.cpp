@@ -3,19 +3,21 @@
 
 #include "builders.h"
 
-#include <stdlib.h>
-#include <unistd.h>
-
+#include <cstdlib>
 #include <fstream>
 #include <sstream>
+#include <stdexcept>
 #include <vector>
+
+#include "test_host.h"
 
 namespace test {
 
 temporary_folder::temporary_folder() {
-  std::string pattern = (std::filesystem::temp_directory_path() / "qelmodb-test-XXXXXX").string();
-  if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("cannot make a temporary folder");
-  path_ = pattern;
+  std::random_device random;
+  do {
+    path_ = std::filesystem::temp_directory_path() / ("qelmodb-test-" + std::to_string(random()));
+  } while (!std::filesystem::create_directory(path_));
 }
 
 temporary_folder::~temporary_folder() {
@@ -49,22 +51,12 @@ caught_report::caught_report() {
 
 caught_report::~caught_report() { ut_msgman->setsink(nullptr, nullptr); }
 
-environment::environment(const char* name, const char* value) : name_(name), was_set_(getenv(name) != nullptr) {
-  if (was_set_) old_ = getenv(name);
-  if (value != nullptr) {
-    setenv(name, value, 1);
-  } else {
-    unsetenv(name);
-  }
+environment::environment(const char* name, const char* value) : name_(name) {
+  if (const char* old = std::getenv(name)) old_ = old;
+  set_variable(name, value);
 }
 
-environment::~environment() {
-  if (was_set_) {
-    setenv(name_.c_str(), old_.c_str(), 1);
-  } else {
-    unsetenv(name_.c_str());
-  }
-}
+environment::~environment() { set_variable(name_.c_str(), old_ ? old_->c_str() : nullptr); }
 
 separator::separator(char c) {
   BX_DB any;

@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <random>
 #include <string>
 
@@ -21,7 +22,8 @@ class temporary_folder {
   temporary_folder& operator=(const temporary_folder&) = delete;
   ~temporary_folder();
 
-  std::string file(const std::string& name) const { return (path_ / name).string(); }
+  std::string file(const std::string& name) const { return (path_ / name).generic_string(); }
+  std::string name() const { return path_.generic_string(); }
   const std::filesystem::path& path() const noexcept { return path_; }
 
  private:
@@ -57,8 +59,7 @@ class environment {
 
  private:
   std::string name_;
-  bool was_set_;
-  std::string old_;
+  std::optional<std::string> old_;
 };
 
 /// The separator, put back when the object goes.

@@ -3,12 +3,9 @@
 
 #include "bxdb_runner.h"
 
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <algorithm>
+
+#include "program.h"
 
 namespace test {
 
@@ -23,36 +20,18 @@ std::string ToolTest::made(const std::string& name, const std::string& bytes) co
   return file(name);
 }
 
-outcome ToolTest::run(const words& arguments) const { return run(arguments, "/dev/null"); }
+outcome ToolTest::run(const words& arguments) const { return run(arguments, no_input); }
 
 outcome ToolTest::run(const words& arguments, const std::string& input_file) const {
-  const std::string out = file(".out");
-  const std::string err = file(".err");
-  std::string program = BXDB_PROGRAM;
-  std::vector<char*> line{program.data()};
-  words copies = arguments;
-  for (std::string& word : copies) line.push_back(word.data());
-  line.push_back(nullptr);
-
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  const int flags = O_WRONLY | O_CREAT | O_TRUNC;
-  posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, input_file.c_str(), O_RDONLY, 0);
-  posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, out.c_str(), flags, 0600);
-  posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, err.c_str(), flags, 0600);
-  pid_t child = 0;
-  const int spawned = posix_spawn(&child, program.c_str(), &actions, nullptr, line.data(), environ);
-  posix_spawn_file_actions_destroy(&actions);
+  words line{BXDB_PROGRAM};
+  line.insert(line.end(), arguments.begin(), arguments.end());
   outcome result;
-  if (spawned != 0) {
-    ADD_FAILURE() << "cannot start " << program;
+  if (!start_program(line, {input_file, file(".out"), file(".err")}, result.status)) {
+    ADD_FAILURE() << "cannot start " << BXDB_PROGRAM;
     return result;
   }
-  int status = 0;
-  waitpid(child, &status, 0);
-  if (WIFEXITED(status)) result.status = WEXITSTATUS(status);
-  result.out = read_file(out);
-  result.err = read_file(err);
+  result.out = read_file(file(".out"));
+  result.err = read_file(file(".err"));
   return result;
 }
 

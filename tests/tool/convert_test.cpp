@@ -102,7 +102,7 @@ TEST_F(BxdbConvert, AFullDiskIsNamedAndIsAFailure) {
 
 TEST_F(BxdbConvert, AnOutputThatCannotBeMadeIsNamed) {
   const std::string db = made("a.bxd", small_text());
-  for (const std::string& out : {db + "/below.bxd", folder_.path().string(), file("no/such/folder.bxd")}) {
+  for (const std::string& out : {db + "/below.bxd", folder_.name(), file("no/such/folder.bxd")}) {
     EXPECT_TRUE(holds(expect(2, {"convert", db, out, "--form", "text"}).err, out + ":"));
   }
 }

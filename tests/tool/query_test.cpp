@@ -174,7 +174,7 @@ TEST_F(BxdbQuery, NamesThatAreNoUnicodeAreShownWithReplacements) {
 
 TEST_F(BxdbQuery, WhatCannotBeReadIsAFailure) {
   EXPECT_EQ(run({"query", file("none.bxd")}).status, 2);
-  const outcome folder = run({"query", made("a.bxd", small_text())}, folder_.path().string());
+  const outcome folder = run({"query", made("a.bxd", small_text())}, folder_.name());
   EXPECT_EQ(folder.status, 2);
   EXPECT_TRUE(holds(folder.err, "standard input")) << folder.err;
 }

@@ -4,7 +4,6 @@
 #include "ut_msgman.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -13,6 +12,7 @@
 #include <string>
 
 #include "builders.h"
+#include "test_host.h"
 
 namespace {
 
@@ -51,6 +51,14 @@ TEST(MessageManager, WritesTextsNumbersAndLineEnds) {
              << std::endl
              << std::flush;
   EXPECT_EQ(caught.text(), "a-21474836484294967295\n");
+}
+
+// As a client of a DLL may have a std::endl of its own.
+TEST(MessageManager, TakesForALineEndWhateverWritesOne) {
+  const test::caught_report caught;
+  *ut_msgman << "a" << [](std::ostream& out) -> std::ostream& { return out << '\n' << std::flush; };
+  *ut_msgman << "b" << [](std::ostream& out) -> std::ostream& { return out << ' '; };
+  EXPECT_EQ(caught.text(), "a\nb");
 }
 
 TEST(MessageManager, SubstituteReceivesWhatTheStreamOperatorsWrite) {
@@ -124,7 +132,7 @@ TEST_F(MessageManagerDeathTest, MissingTextsAreEmpty) {
 TEST_F(MessageManagerDeathTest, BufferedOutputIsFlushedBeforeTheEnd) {
   const auto write_and_end = [] {
     // A buffered stream of its own that leads where the test looks.
-    std::FILE* file = fdopen(dup(2), "w");
+    std::FILE* file = test::open_error_output();
     if (file == nullptr || setvbuf(file, nullptr, _IOFBF, 4096) != 0) std::abort();
     std::fputs("still in the buffer\n", file);
     ut_msgman->msgfatal("M", "T", "s", 1, "v", 1, 0);

@@ -13,6 +13,7 @@
 #include "device_description.h"
 #include "device_generator.h"
 #include "failure.h"
+#include "host.h"
 #include "input_file.h"
 #include "output_file.h"
 #include "progress.h"
@@ -41,14 +42,15 @@ std::unique_ptr<BX_DB> generated(const generate_options& options) {
 /// and a link may be one's standard output.
 void describe(const generate_options& options) {
   std::error_code unknown;
-  if (!std::filesystem::is_regular_file(std::filesystem::symlink_status(options.out, unknown))) return;
+  if (!std::filesystem::is_regular_file(std::filesystem::symlink_status(path_of(options.out), unknown))) return;
   const std::string name = description_beside(options.out);
   device_edges edges = edges_of_device(complete(options));
   constexpr std::size_t most_edges = NP_TABLEDEVICE::max_lines + 1;
   if (edges.rows.size() > most_edges || edges.columns.size() > most_edges) {
-    fmt::print(stderr, "bxdb: {}: not written: a description holds at most {} rows and columns{}\n", printable(name),
-               NP_TABLEDEVICE::max_lines,
-               std::filesystem::exists(name, unknown) ? "; the one that stands there is of another device" : "");
+    fmt::print(
+        stderr, "bxdb: {}: not written: a description holds at most {} rows and columns{}\n", printable(name),
+        NP_TABLEDEVICE::max_lines,
+        std::filesystem::exists(path_of(name), unknown) ? "; the one that stands there is of another device" : "");
     return;
   }
   std::string why;

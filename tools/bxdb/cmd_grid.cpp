@@ -11,6 +11,7 @@
 #include "device_description.h"
 #include "failure.h"
 #include "grid_picture.h"
+#include "host.h"
 #include "json_output.h"
 #include "loaded_database.h"
 #include "output_file.h"
@@ -34,12 +35,17 @@ std::vector<const char*> prefixes_of(const grid_options& options) {
   return prefixes;
 }
 
+std::string file_name_of(const std::string& path) {
+  const std::u8string name = path_of(path).filename().u8string();
+  return {name.begin(), name.end()};
+}
+
 /// The description that the options name, or else the one that stands beside the file; empty when there is none.
 std::string description_for(const grid_options& options) {
   if (!options.device.empty()) return options.device;
   std::string beside = description_beside(options.file);
   std::error_code unknown;
-  return std::filesystem::exists(beside, unknown) ? beside : std::string();
+  return std::filesystem::exists(path_of(beside), unknown) ? beside : std::string();
 }
 
 std::unique_ptr<NP_TABLEDEVICE> read_description(const std::string& name) {
@@ -193,7 +199,7 @@ void draw(const BX_DB& db, const BX_GRID& grid, const grid_options& options) {
   std::string svg;
   {
     const progress shown("drawing the grid of " + options.file);
-    const std::string name = std::filesystem::path(options.file).filename().string();
+    const std::string name = file_name_of(options.file);
     const grid_picture picture(db, grid, name);
     if (!options.png.empty()) png = picture.png();
     if (!options.svg.empty()) svg = picture.svg();

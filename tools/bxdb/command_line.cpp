@@ -280,12 +280,13 @@ void add_diff_command(CLI::App& tool, int& status) {
 
 }  // namespace
 
-int run_command_line(int argc, char** argv) {
+int run_command_line(const std::vector<std::string>& words) {
   int status = done;
   CLI::App tool(
       "Makes, checks, shows, draws, converts, searches and compares block database files.\n"
       "Files may be packed with gzip or zstd; outputs are when their name ends in .gz or .zst.",
       "bxdb");
+  tool.allow_windows_style_options(false);  // a word that begins with a slash is a path, on every system
   tool.set_version_flag("--version", std::string("bxdb ") + qelmodb::version());
   tool.footer(
       "Exit status: 0 done; 1 the answer is \"none\", \"different\" or \"invalid\"; 2 bad use or failure.\n"
@@ -304,7 +305,9 @@ int run_command_line(int argc, char** argv) {
   add_grid_command(tool, status);
   add_diff_command(tool, status);
   try {
-    tool.parse(argc, argv);
+    // Taken from the end.
+    std::vector<std::string> arguments(words.rbegin(), words.empty() ? words.rend() : words.rend() - 1);
+    tool.parse(arguments);
   } catch (const CLI::ParseError& e) {
     return tool.exit(e) == 0 ? done : failed;
   }

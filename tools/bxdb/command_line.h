@@ -4,10 +4,13 @@
 // What the user may say: commands, options, help.
 #pragma once
 
+#include <string>
+#include <vector>
+
 namespace bxdb {
 
-/// Runs the command that the arguments ask for, or shows help or version. Gives the exit status of the
-/// program; bad use is told on standard error. Throws failure when the command does.
-int run_command_line(int argc, char** argv);
+/// Runs the command that the words ask for, of which the first is the name of the program, or shows help or version.
+/// Gives the exit status of the program; bad use is told on standard error. Throws failure when the command does.
+int run_command_line(const std::vector<std::string>& words);
 
 }  // namespace bxdb

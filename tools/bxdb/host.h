@@ -5,8 +5,22 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <string>
+#include <vector>
 
 namespace bxdb {
+
+/// The words of the command line in UTF-8, the program's name first. To be called once, at the start: standard input
+/// and output take bytes as they are from then on.
+std::vector<std::string> command_line_words(int argc, char** argv);
+
+/// A name in UTF-8 as the standard library takes it on this system.
+std::filesystem::path path_of(const std::string& name);
+
+/// Opens a file for reading its bytes; null and errno when it cannot be opened.
+std::FILE* open_for_reading(const std::string& name);
 
 /// Whether a person is likely to read standard error as it is written.
 bool error_output_is_terminal() noexcept;

@@ -7,6 +7,12 @@
 
 namespace bxdb {
 
+std::vector<std::string> command_line_words(int argc, char** argv) { return {argv, argv + argc}; }
+
+std::filesystem::path path_of(const std::string& name) { return name; }
+
+std::FILE* open_for_reading(const std::string& name) { return std::fopen(name.c_str(), "rb"); }
+
 bool error_output_is_terminal() noexcept { return ::isatty(STDERR_FILENO) == 1; }
 
 std::uint64_t physical_memory() noexcept {

@@ -29,13 +29,13 @@ constexpr std::uint64_t gibibyte = std::uint64_t{1} << 30;
 /// How many bytes to make room for at first; a guess that the reading corrects.
 std::size_t expected_size(const std::string& name, std::uint64_t limit) {
   std::error_code unknown;
-  const std::uintmax_t size = std::filesystem::file_size(name, unknown);
+  const std::uintmax_t size = std::filesystem::file_size(path_of(name), unknown);
   return static_cast<std::size_t>(unknown ? 0 : std::min<std::uintmax_t>(size, limit));
 }
 
 std::string read_bytes(const std::string& name, std::uint64_t limit) {
   constexpr std::size_t block = std::size_t{1} << 20;
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(name.c_str(), "rb"), &std::fclose);
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(open_for_reading(name), &std::fclose);
   if (!file) cannot_read(name, errno);
   std::string bytes;
   bytes.reserve(expected_size(name, limit) + block);

@@ -12,6 +12,7 @@
 
 #include "command_line.h"
 #include "failure.h"
+#include "host.h"
 #include "text.h"
 
 namespace {
@@ -23,7 +24,7 @@ int report(const char* what) {
 
 int guarded_run(int argc, char** argv) {
   try {
-    return bxdb::run_command_line(argc, argv);
+    return bxdb::run_command_line(bxdb::command_line_words(argc, argv));
   } catch (const bxdb::failure& e) {
     return report(e.what());
   } catch (const std::bad_alloc&) {

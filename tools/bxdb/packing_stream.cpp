@@ -4,16 +4,15 @@
 #include "packing_stream.h"
 
 #include <zlib.h>
-#include <zstd.h>
 
 #include <algorithm>
 #include <array>
 #include <new>
 
+#include "zstd_packing.h"
+
 namespace bxdb {
 namespace {
-
-constexpr std::size_t block_size = std::size_t{256} << 10;
 
 class gzip_packer : public packer {
  public:
@@ -54,34 +53,12 @@ class gzip_packer : public packer {
   std::array<char, block_size> block_;
 };
 
-class zstd_packer : public packer {
- public:
-  zstd_packer() : context_(ZSTD_createCCtx(), &ZSTD_freeCCtx) {
-    if (!context_) throw std::bad_alloc();
-    ZSTD_CCtx_setParameter(context_.get(), ZSTD_c_checksumFlag, 1);
-  }
-
-  bool pack(const char* bytes, std::size_t count, bool last, UT_STREAM& sink) override {
-    ZSTD_inBuffer in{bytes, count, 0};
-    for (;;) {
-      ZSTD_outBuffer out{block_.data(), block_.size(), 0};
-      const std::size_t left = ZSTD_compressStream2(context_.get(), &out, &in, last ? ZSTD_e_end : ZSTD_e_continue);
-      if (ZSTD_isError(left) != 0 || !write_all(sink, block_.data(), out.pos)) return false;
-      if (last ? left == 0 : in.pos == in.size) return true;
-    }
-  }
-
- private:
-  std::unique_ptr<ZSTD_CCtx, decltype(&ZSTD_freeCCtx)> context_;
-  std::array<char, block_size> block_;
-};
-
 std::unique_ptr<packer> make_packer(packing how) {
   switch (how) {
     case packing::gzip:
       return std::make_unique<gzip_packer>();
     case packing::zstd:
-      return std::make_unique<zstd_packer>();
+      return make_zstd_packer();
     case packing::none:
       break;
   }

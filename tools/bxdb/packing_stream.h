@@ -6,22 +6,11 @@
 
 #include <memory>
 
+#include "packer.h"
 #include "unpack.h"
 #include "ut_ptrfile.h"
 
 namespace bxdb {
-
-/// A packer of one format; made by make_packer.
-class packer {
- public:
-  packer() = default;
-  packer(const packer&) = delete;
-  packer& operator=(const packer&) = delete;
-  virtual ~packer() = default;
-
-  /// Packs the bytes and writes what comes out to the sink; last ends the packed data. False on a fault.
-  virtual bool pack(const char* bytes, std::size_t count, bool last, UT_STREAM& sink) = 0;
-};
 
 /// A stream for dumps. The sink is borrowed and gets plain or packed bytes; the same bytes for the same
 /// input, whenever and wherever.
@@ -40,8 +29,5 @@ class packing_stream : public UT_PTRFILE {
   std::unique_ptr<packer> packer_;  // null where nothing is packed
   UT_PTRFILE& sink_;
 };
-
-/// Writes all bytes, however many.
-bool write_all(UT_STREAM& stream, const char* bytes, std::size_t count);
 
 }  // namespace bxdb

@@ -3,59 +3,17 @@
 
 #include "unpack.h"
 
-#include <fmt/format.h>
 #include <zlib.h>
-#include <zstd.h>
 
 #include <algorithm>
 #include <limits>
-#include <memory>
+#include <new>
 
-#include "failure.h"
-#include "text.h"
+#include "growing_text.h"
+#include "zstd_packing.h"
 
 namespace bxdb {
 namespace {
-
-[[noreturn]] void damaged(const std::string& name, const char* format, std::size_t at, const std::string& what) {
-  throw failure(fmt::format("{}: {} data damaged at byte {}: {}", name, format, at, what));
-}
-
-/// A text that grows up to a limit.
-class growing_text {
- public:
-  growing_text(const std::string& name, std::uint64_t limit) : name_(name), limit_(limit) {}
-
-  /// Room behind what is there already; at least one byte.
-  char* room(std::size_t& size) {
-    if (used_ == text_.size()) grow();
-    size = text_.size() - used_;
-    return text_.data() + used_;
-  }
-
-  void add(std::size_t count) {
-    used_ += count;
-    if (used_ > limit_) throw failure(fmt::format("{}: more than {} bytes unpacked; see --max-size", name_, limit_));
-  }
-
-  std::string take() {
-    text_.resize(used_);
-    return std::move(text_);
-  }
-
- private:
-  void grow() {
-    constexpr std::uint64_t first = std::uint64_t{1} << 18;
-    // One byte beyond the limit tells data that fills it from data that exceeds it.
-    const std::uint64_t size = std::min(std::max<std::uint64_t>(first, used_ + used_ / 2), limit_ + 1);
-    text_.resize(static_cast<std::size_t>(size));
-  }
-
-  const std::string& name_;
-  std::uint64_t limit_;
-  std::string text_;
-  std::size_t used_ = 0;
-};
 
 /// An inflate state that is released in any case.
 struct inflater {
@@ -99,24 +57,6 @@ std::string unpack_gzip(std::string_view packed, const std::string& name, std::u
     }
     if (result == Z_BUF_ERROR && at == packed.size()) damaged(name, "gzip", at, "it ends too early");
     if (result != Z_OK) damaged(name, "gzip", at, gzip.state.msg != nullptr ? gzip.state.msg : "no gzip member");
-  }
-}
-
-std::string unpack_zstd(std::string_view packed, const std::string& name, std::uint64_t limit) {
-  const std::unique_ptr<ZSTD_DCtx, decltype(&ZSTD_freeDCtx)> context(ZSTD_createDCtx(), &ZSTD_freeDCtx);
-  if (!context) throw std::bad_alloc();
-  growing_text text(name, limit);
-  ZSTD_inBuffer in{packed.data(), packed.size(), 0};
-  for (;;) {
-    std::size_t size = 0;
-    char* room = text.room(size);
-    ZSTD_outBuffer out{room, size, 0};
-    const std::size_t result = ZSTD_decompressStream(context.get(), &out, &in);
-    if (ZSTD_isError(result) != 0) damaged(name, "zstd", in.pos, ZSTD_getErrorName(result));
-    text.add(out.pos);
-    const bool all_given = in.pos == in.size;
-    if (result == 0 && all_given) return text.take();
-    if (result != 0 && all_given && out.pos < out.size) damaged(name, "zstd", in.pos, "it ends too early");
   }
 }
 

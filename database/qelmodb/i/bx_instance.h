@@ -207,7 +207,7 @@ class BX_API BX_INSTANCE : public BX_EXTREMA {
 
   /// Fills this empty instance from a text record. Names are private copies; children are bound to this
   /// instance's database once they are complete. A name or number of more than 99 characters, or a
-  /// missing one, ends the process at once with abort().
+  /// missing one, ends the process at once: with SIGABRT, on Windows by a fast-fail.
   unsigned char readme(UT_STREAM* file);
 
   /// Sends the tree with its wires to the message manager, indented by level blanks and three more

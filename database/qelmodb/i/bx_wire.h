@@ -81,7 +81,7 @@ class BX_API BX_WIRE {
 
   /// Reads a text line. The name becomes a copy of its own, its first "$" replaced by the
   /// separator. 0 when the line has no end. A name or number of more than 99 characters, or none
-  /// left in the stream, ends the process at once with abort().
+  /// left in the stream, ends the process at once: with SIGABRT, on Windows by a fast-fail.
   unsigned char readme(UT_STREAM* file, char separator);
 
   /// Writes and reads the delta-coded binary record: the name's address, and the position relative to the
