@@ -91,15 +91,6 @@ TEST_F(BxdbConvert, AFileCanReplaceItself) {
   EXPECT_EQ(read_file(db), small_text());
 }
 
-TEST_F(BxdbConvert, AFullDiskIsNamedAndIsAFailure) {
-  const std::string db = made("a.bxd", small_text());
-  for (const char* form : {"text", "binary"}) {
-    const outcome full = expect(2, {"convert", db, "/dev/full", "--form", form});
-    EXPECT_TRUE(holds(full.err, "/dev/full")) << full.err;
-    EXPECT_TRUE(holds(full.err, "No space left on device")) << full.err;
-  }
-}
-
 TEST_F(BxdbConvert, AnOutputThatCannotBeMadeIsNamed) {
   const std::string db = made("a.bxd", small_text());
   for (const std::string& out : {db + "/below.bxd", folder_.name(), file("no/such/folder.bxd")}) {

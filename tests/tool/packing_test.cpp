@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <zlib.h>
-#include <zstd.h>
 
 #include "bxdb_runner.h"
 
@@ -20,12 +19,6 @@ class BxdbPacking : public ToolTest {
     return read_file(name);
   }
 
-  static std::string zstandard(const std::string& bytes) {
-    std::string packed(ZSTD_compressBound(bytes.size()), '\0');
-    packed.resize(ZSTD_compress(packed.data(), packed.size(), bytes.data(), bytes.size(), 3));
-    return packed;
-  }
-
   std::string gunzipped(const std::string& name) const {
     gzFile packed = gzopen(name.c_str(), "rb");
     std::string bytes(1 << 20, '\0');
@@ -33,14 +26,6 @@ class BxdbPacking : public ToolTest {
     EXPECT_GT(got, 0);
     gzclose(packed);
     bytes.resize(static_cast<std::size_t>(got));
-    return bytes;
-  }
-
-  static std::string unzstandard(const std::string& packed) {
-    std::string bytes(1 << 20, '\0');
-    const std::size_t got = ZSTD_decompress(bytes.data(), bytes.size(), packed.data(), packed.size());
-    EXPECT_EQ(ZSTD_isError(got), 0U);
-    bytes.resize(got);
     return bytes;
   }
 };
@@ -51,14 +36,11 @@ TEST_F(BxdbPacking, PackedFilesAreReadAsTheyAreWhateverTheirName) {
   EXPECT_EQ(gzip["wires"], 8);
   EXPECT_EQ(gzip["bytes"], small_text().size());
   EXPECT_EQ(gzip["bytes_on_disk"], std::filesystem::file_size(file("a")));
-  const nlohmann::json zstd = json_of(0, {"info", made("b", zstandard(small_text()))});
-  EXPECT_EQ(zstd["packing"], "zstd");
-  EXPECT_EQ(zstd["wires"], 8);
 }
 
 TEST_F(BxdbPacking, EveryReadingCommandTakesPackedFiles) {
   const std::string db = made("a.bxd.gz", gzipped(small_text()));
-  const std::string other = made("a.bxd.zst", zstandard(small_text()));
+  const std::string other = made("other", gzipped(small_text()));
   expect(0, {"check", db});
   expect(0, {"print", other});
   expect(0, {"find", db, "J0"});
@@ -66,33 +48,28 @@ TEST_F(BxdbPacking, EveryReadingCommandTakesPackedFiles) {
   expect(0, {"diff", db, other});
 }
 
-TEST_F(BxdbPacking, SeveralMembersOrFramesFollowEachOther) {
+TEST_F(BxdbPacking, SeveralMembersFollowEachOther) {
   const std::string text = small_text();
   const std::string head = text.substr(0, 100);
   const std::string tail = text.substr(100);
   expect(0, {"check", made("a", gzipped(head) + gzipped(tail))});
-  expect(0, {"check", made("b", zstandard(head) + zstandard(tail))});
-  expect(0, {"check", made("c", std::string("\x5a\x2a\x4d\x18\x02\x00\x00\x00hi", 10) + zstandard(text))});
 }
 
 TEST_F(BxdbPacking, OutputsArePackedAsTheirNamesSay) {
   const std::string db = made("a.bxd", small_text());
   expect(0, {"convert", db, file("b.bxd.gz"), "--form", "text"});
   EXPECT_EQ(gunzipped(file("b.bxd.gz")), small_text());
-  expect(0, {"convert", db, file("b.bxd.zst"), "--form", "text"});
-  EXPECT_EQ(unzstandard(read_file(file("b.bxd.zst"))), small_text());
   expect(0, {"generate", file("g.bxd.gz"), "--columns", "5", "--rows", "5"});
-  expect(0, {"generate", file("g.bxd.zst"), "--columns", "5", "--rows", "5"});
-  expect(0, {"diff", file("g.bxd.gz"), file("g.bxd.zst")});
+  expect(0, {"generate", file("g.bxd"), "--columns", "5", "--rows", "5"});
+  expect(0, {"diff", file("g.bxd.gz"), file("g.bxd")});
 }
 
 TEST_F(BxdbPacking, DataCutOffAnywhereIsAFailureThatNamesTheFile) {
-  for (const std::string& packed : {gzipped(small_text()), zstandard(small_text())}) {
-    for (std::size_t length = 4; length < packed.size(); length += 7) {
-      const outcome bad = expect(2, {"check", made("cut", packed.substr(0, length))});
-      EXPECT_TRUE(holds(bad.err, file("cut") + ": ")) << bad.err;
-      EXPECT_TRUE(holds(bad.err, "data damaged at byte")) << bad.err;
-    }
+  const std::string packed = gzipped(small_text());
+  for (std::size_t length = 4; length < packed.size(); length += 7) {
+    const outcome bad = expect(2, {"check", made("cut", packed.substr(0, length))});
+    EXPECT_TRUE(holds(bad.err, file("cut") + ": ")) << bad.err;
+    EXPECT_TRUE(holds(bad.err, "data damaged at byte")) << bad.err;
   }
 }
 
@@ -101,26 +78,14 @@ TEST_F(BxdbPacking, ChangedOrSurplusBytesAreAFailure) {
   expect(2, {"info", made("surplus", gzip + "more")});
   gzip[gzip.size() - 6] ^= 1;  // in the checksum
   EXPECT_TRUE(holds(expect(2, {"info", made("changed", gzip)}).err, file("changed") + ": gzip data damaged"));
-  expect(2, {"info", made("z", zstandard(small_text()) + "more")});
 }
 
 TEST_F(BxdbPacking, AFileThatUnpacksToMoreThanTheLimitIsRefused) {
   const std::string zeros(3 << 20, '\0');
-  for (const std::string& packed : {gzipped(zeros), zstandard(zeros)}) {
-    const outcome refused = expect(2, {"check", made("bomb", packed), "--max-size", "1M"});
-    EXPECT_TRUE(holds(refused.err, file("bomb") + ": more than 1048576 bytes unpacked")) << refused.err;
-  }
+  const outcome refused = expect(2, {"check", made("bomb", gzipped(zeros)), "--max-size", "1M"});
+  EXPECT_TRUE(holds(refused.err, file("bomb") + ": more than 1048576 bytes unpacked")) << refused.err;
   const std::string size = std::to_string(small_text().size());
   expect(0, {"check", made("fits", gzipped(small_text())), "--max-size", size});
-}
-
-TEST_F(BxdbPacking, AFullDiskIsAFailureForPackedOutputsToo) {
-  const std::string full = file("full.bxd.gz");
-  std::filesystem::create_symlink("/dev/full", full);
-  EXPECT_TRUE(holds(expect(2, {"convert", made("a.bxd", small_text()), full, "--form", "text"}).err, full + ":"));
-  const outcome generated = expect(2, {"generate", full, "--columns", "9", "--rows", "9"});
-  EXPECT_TRUE(holds(generated.err, full + ":")) << generated.err;
-  EXPECT_TRUE(holds(generated.err, "No space left on device")) << generated.err;
 }
 
 }  // namespace

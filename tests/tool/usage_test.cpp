@@ -75,27 +75,12 @@ TEST_F(BxdbUsage, EveryReadingCommandNamesTheFileThatIsMissingADirectoryOrNoData
   EXPECT_FALSE(std::filesystem::exists(file("out.bxd")));
 }
 
-TEST_F(BxdbUsage, ReasonsAreThoseOfTheSystem) {
-  EXPECT_TRUE(holds(expect(2, {"info", file("missing.bxd")}).err, "No such file or directory"));
-  EXPECT_TRUE(holds(expect(2, {"info", folder_.name()}).err, "Is a directory"));
-  EXPECT_TRUE(holds(expect(2, {"info", made("a", "x") + "/b"}).err, "Not a directory"));
-}
-
 TEST_F(BxdbUsage, AFileBeyondTheSizeLimitIsNotTakenIntoMemory) {
   const std::string db = made("a.bxd", small_text());
   const std::string size = std::to_string(small_text().size());
   expect(0, {"info", db, "--max-size", size});
   const outcome refused = expect(2, {"info", db, "--max-size", std::to_string(small_text().size() - 1)});
   EXPECT_TRUE(holds(refused.err, db + ": more than"));
-  EXPECT_TRUE(holds(expect(2, {"check", "/dev/zero", "--max-size", "4M"}).err, "/dev/zero: more than 4194304 bytes"));
-}
-
-TEST_F(BxdbUsage, AFullStandardOutputIsAFailure) {
-  const std::string db = made("a.bxd", small_text());
-  const std::string command = std::string(BXDB_PROGRAM) + " print " + db + " > /dev/full 2> " + file("err");
-  const int status = std::system(command.c_str());
-  EXPECT_EQ(WEXITSTATUS(status), 2);
-  EXPECT_TRUE(holds(read_file(file("err")), "bxdb: standard output: cannot write"));
 }
 
 }  // namespace
