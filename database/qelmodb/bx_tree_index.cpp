@@ -18,8 +18,9 @@ namespace qelmodb {
 
 namespace {
 
-/// How many instances a tree has if all children of its root are like some of them. Counting would take a walk, and
-/// room that is not used costs nothing.
+/// How many instances a tree has if all children of its root are like some of them, but not many times those that were
+/// seen: a first child may be much larger than the others. Counting would take a walk, and room that is not used costs
+/// only addresses.
 std::size_t probable_count(const BX_INSTANCE& root) {
   constexpr bx_long looked_at = 16;
   constexpr std::size_t most_counted = 100000;
@@ -31,7 +32,8 @@ std::size_t probable_count(const BX_INSTANCE& root) {
     bx_walk(*root.instances[i], [&counted](const BX_INSTANCE&, bx_long) { return ++counted < most_counted; });
   }
   const std::size_t all = seen == 0 ? 1 : counted * static_cast<std::size_t>(children) / static_cast<std::size_t>(seen);
-  return all + all / 8;
+  constexpr std::size_t most_for_one_seen = 64;
+  return std::min(all + all / 8, most_for_one_seen * counted + 2 * static_cast<std::size_t>(children));
 }
 
 /// The instances of a tree in the order of the walk, as numbers from 0.

@@ -343,6 +343,18 @@ TEST(TreeIndex, FindsWiresOfLikeInstancesWhoseWiresLieElsewhere) {
   }
 }
 
+TEST(TreeIndex, OfATreeWhoseFirstChildIsMuchLargerThanTheOthersIsMade) {
+  BX_INSTANCE root("ROOT", 0, 0, 9, 9);
+  constexpr bx_long count = 150000;
+  root.instances.a_reserve(count);
+  for (bx_long i = 0; i < count; ++i) test::add(root, "CHILD", i, 0, i + 1, 1);
+  BX_INSTANCE& first = *root.getinstance(0);
+  first.instances.a_reserve(count);
+  for (bx_long i = 0; i < count; ++i) test::add(first, "GRANDCHILD", i, 0, i + 1, 1);
+  const tree_index index(root);
+  EXPECT_EQ(list_of(index.instances()), walked(root));
+}
+
 TEST(TreeIndex, OfADeepTreeNeedsNoStack) {
   BX_INSTANCE root("ROOT", 0, 0, 9, 9);
   BX_INSTANCE* last = &root;
