@@ -26,6 +26,10 @@ endif()
 configure_file(${PROJECT_SOURCE_DIR}/cmake/qelmodb.pc.in ${PROJECT_BINARY_DIR}/qelmodb.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/qelmodb.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
+# The compiler's own libraries, without which neither DLL nor tool starts.
+if(MINGW)
+  install(FILES ${qelmodb_runtime} DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
 if(QELMODB_BUILD_TOOL)
   install(TARGETS bxdb RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()

@@ -131,7 +131,7 @@ std::unique_ptr<UT_OSFILE> UT_OSFILE::open_read(const std::string& name, fault& 
   if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
     return refuse(why, name, cannot_read, ERROR_DIRECTORY);
   }
-  // Whoever replaces the file meanwhile may: what is open here stays what it was.
+  // Whether another program may replace the file meanwhile is left to the system.
   opened file(path, GENERIC_READ, share_all, OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN);
   if (!file.valid()) return refuse(why, name, cannot_read, GetLastError());
   LARGE_INTEGER size{};

@@ -50,7 +50,7 @@ class bx_box_pyramid {
     UT_SLAB_VECTOR<block> blocks;
     std::size_t boxes = 0;
 
-    level(std::size_t boxes, UT_SLABS& slabs);
+    level(std::size_t expected, UT_SLABS& slabs);
     void add(const UT_EXTREMA& box);
     std::uint32_t meeting(std::size_t number, const UT_EXTREMA& box) const noexcept;
   };

@@ -3,6 +3,8 @@
 
 #include "bx_instance_numbers.h"
 
+#include <algorithm>
+
 bx_instance_numbers::bx_instance_numbers(std::span<BX_INSTANCE* const> instances, UT_SLABS& slabs)
     : seed_(ut_hash_seed()), blocks_(64) {
   std::uintptr_t last = none;

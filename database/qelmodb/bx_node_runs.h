@@ -94,7 +94,7 @@ class bx_node_runs {
   int scale_ = 0;
   std::vector<habit> habits_;
   UT_LARGE_VECTOR<run> runs_;
-  UT_SLAB_VECTOR<std::uint32_t> hashes_;  // of the cells in which runs begin
+  UT_SLAB_VECTOR<std::uint32_t> hashes_;  // of the cells in which runs begin; of no use once all are filed
   int table_shift_ = 31;
   UT_SLAB_VECTOR<std::uint32_t> begins_;  // in filed_, of each place, and the end of the last
   UT_SLAB_VECTOR<std::uint32_t> filed_;   // numbers of runs, ascending within a place

@@ -51,16 +51,6 @@ nlohmann::json ToolTest::json_of(int status, words arguments) const {
   return value;
 }
 
-const std::vector<std::pair<std::string, std::string>>& packings() {
-  static const std::vector<std::pair<std::string, std::string>> known{
-      {".gz", "gzip"},
-#ifdef BXDB_HAS_ZSTD
-      {".zst", "zstd"},
-#endif
-  };
-  return known;
-}
-
 std::string small_text() {
   return "BX_DB:A\n"
          "BX_INSTANCE: \"chip\" (0, -20) (100, 100)\n"

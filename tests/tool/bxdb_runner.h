@@ -8,7 +8,6 @@
 
 #include <nlohmann/json.hpp>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "builders.h"
@@ -50,9 +49,6 @@ class ToolTest : public ::testing::Test {
 
   temporary_folder folder_;
 };
-
-/// What names of packed files end in, and what that packing is called: those that this build of the tool has.
-const std::vector<std::pair<std::string, std::string>>& packings();
 
 /// A database of text form: the root "chip", its children "LEFT" (with a BASIC_ASS) and "RIGHT", eight wires.
 std::string small_text();

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "bxdb_runner.h"
+#include "packing_formats.h"
 
 namespace {
 
@@ -23,7 +24,7 @@ const char* const no_instances = "instances: 0 added, 0 removed, 0 moved, 0 resi
 const char* const no_wires = "wires: 0 added, 0 removed, 0 moved\n";
 
 TEST_F(BxdbDiff, EqualTreesInAnyTwoFormsHaveStatusZero) {
-  const std::string b = file("b.bxd" + packings().back().first);
+  const std::string b = file("b.bxd" + packings().back().ending);
   expect(0, {"convert", a_, b, "--form", "binary"});
   EXPECT_EQ(expect(0, {"diff", a_, b}).out, a_ + " and " + b + " are equal\n");
   EXPECT_EQ(json_of(0, {"diff", b, a_})["equal"], true);

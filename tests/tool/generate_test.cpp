@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "bxdb_runner.h"
+#include "packing_formats.h"
 
 namespace {
 
@@ -63,7 +64,7 @@ TEST_F(BxdbGenerate, AGridNameGivesAGridFile) {
 TEST_F(BxdbGenerate, TheDescriptionOfTheDeviceStandsBeside) {
   const std::string expected = "NP_DEVICE:1\nrows 3 0 100 200 300\ncolumns 4 0 100 200 300 400\n";
   for (const std::string& name :
-       {std::string("a.bxd"), std::string("b.bxg"), std::string("c.bxd.gz"), "d.bxg" + packings().back().first}) {
+       {std::string("a.bxd"), std::string("b.bxg"), std::string("c.bxd.gz"), "d.bxg" + packings().back().ending}) {
     expect(0, {"generate", file(name), "--columns", "4", "--rows", "3", "--wires", "48"});
     EXPECT_EQ(read_file(file(std::string(1, name[0]) + ".npd")), expected);
   }

@@ -3,6 +3,7 @@
 
 #include "bxdb_runner.h"
 #include "device_plan.h"
+#include "packing_formats.h"
 #include "qelmoext.h"
 #include "tile_files.h"
 
@@ -180,7 +181,7 @@ TEST_F(BxdbGrid, AGeneratedDeviceHasItsMatricesWhereItsPlanSays) {
   for (bx_long place = 0; place < 12 * 9; ++place) {
     if (plan.kind_at(place / 9, place % 9) != bxdb::tile_kind::none) ++places;
   }
-  for (const std::string& name : {std::string("a.bxd"), "a.bxg" + packings().back().first}) {
+  for (const std::string& name : {std::string("a.bxd"), "a.bxg" + packings().back().ending}) {
     expect(0, {"generate", file(name), "--columns", "12", "--rows", "9", "--seed", "7"});
     const nlohmann::json grid = json_of(0, {"grid", file(name), "BASIC_ASS"});
     ASSERT_EQ(grid["rows"], 9);
