@@ -31,7 +31,20 @@ if(MINGW)
   install(FILES ${qelmodb_runtime} DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
 if(QELMODB_BUILD_TOOL)
+  # The tool finds the library beside it, wherever both are moved.
+  file(RELATIVE_PATH bin_to_lib ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+  set_target_properties(bxdb PROPERTIES INSTALL_RPATH "$ORIGIN/${bin_to_lib}")
   install(TARGETS bxdb RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md
   DESTINATION ${CMAKE_INSTALL_DOCDIR})
+
+# One archive of all this: a ZIP file for Windows, as is usual there.
+if(WIN32)
+  set(CPACK_GENERATOR ZIP)
+else()
+  set(CPACK_GENERATOR TGZ)
+endif()
+set(CPACK_PACKAGE_VENDOR "The qelmodb authors")
+set(CPACK_VERBATIM_VARIABLES ON)
+include(CPack)

@@ -17,6 +17,6 @@ git ls-files '*.cpp' '*.h' | xargs clang-format --dry-run --Werror
 cmake -S . -B build/lint -G Ninja -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON >/dev/null
 deep=
 [ "${1:-}" = deep ] && deep=--checks=clang-analyzer-*
-git ls-files 'utility/*.cpp' 'device/*.cpp' 'database/*.cpp' 'tools/*.cpp' ':!*_windows.cpp' ':!*_absent.cpp' |
+sed -n 's/^ *"file": "\(.*\)".*/\1/p' build/lint/compile_commands.json |
   xargs -P "$(nproc)" -n 1 clang-tidy -p build/lint --quiet ${deep:+"$deep"} 2>/dev/null
 echo "lint: clean"

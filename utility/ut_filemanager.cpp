@@ -62,10 +62,13 @@ UT_PTRFILE* UT_FILEMANAGER::add_ofile(const char* name, UT_ACCESS access, UT_PTR
 
 bool UT_FILEMANAGER::rm_ofile(UT_PTRFILE* stream) {
   if (stream == nullptr || stream->manager_ != this) return false;
+  left_.erase(std::remove(left_.begin(), left_.end(), stream), left_.end());
   bool whole = true;
   if (stream->access_ == UT_WRITE) {
     UT_OSFILE::fault fault;
     whole = stream->flush();
+    // One of them may be the target, and not every system replaces a file that is open.
+    close_left();
     if (!whole) {
       error_ = stream->file_->write_error();
     } else if (!stream->file_->commit(fault)) {
@@ -73,7 +76,6 @@ bool UT_FILEMANAGER::rm_ofile(UT_PTRFILE* stream) {
       error_ = fault.text;
     }
   }
-  left_.erase(std::remove(left_.begin(), left_.end(), stream), left_.end());
   forget(stream);
   return whole;
 }

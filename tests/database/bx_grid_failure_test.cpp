@@ -15,8 +15,6 @@ using test::even_device;
 using test::every_tile;
 using test::put_tile;
 
-constexpr const char* show = "KRT_SHOW_INTERNAL_ERROR";
-constexpr const char* generic = "A fatal error occurred. The process will now exit.";
 constexpr const char* opaque_tag = "\xD1\xC5\xCC\xCD\xCF\xC4\xC2";
 
 class GridFailure : public testing::Test {
@@ -31,13 +29,14 @@ class GridFailure : public testing::Test {
   /// What the manager is told while the action runs.
   template <class Action>
   void expect_report(const std::string& detail, const std::string& tag, const std::string& code, Action action) {
-    const test::environment shown(show, "");
+    const test::environment shown(test::show_internal_error, "");
     test::recording_manager manager;
     {
       const test::substitute in_place(manager);
       action();
     }
-    EXPECT_EQ(manager.lines, (std::vector<std::string>{"detail " + detail + " 0", std::string("fatal ") + generic}));
+    EXPECT_EQ(manager.lines,
+              (std::vector<std::string>{"detail " + detail + " 0", std::string("fatal ") + test::fatal_text}));
     EXPECT_EQ(manager.tags, (std::vector<std::string>{tag}));
     EXPECT_EQ(manager.origins, (std::vector<std::string>{"qelmodb 1.0 " + code + " 0"}));
   }
@@ -97,7 +96,7 @@ using GridFailureDeathTest = GridFailure;
 TEST_F(GridFailureDeathTest, EndsTheProcessThroughTheDatabase) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   make_ragged();
-  const test::environment shown(show, "1");
+  const test::environment shown(test::show_internal_error, "1");
   EXPECT_EXIT(db.getgrid(const_cast<const char**>(every_tile)), testing::ExitedWithCode(EXIT_FAILURE),
               "^BX_GRID cannot get the device\n"
               "A fatal error occurred\\. The process will now exit\\. \\[qelmodb\\] qelmodb:" +
@@ -111,7 +110,7 @@ TEST_F(GridFailureDeathTest, AfterLoadgridEndsTheProcess) {
   test::temporary_folder folder;
   const std::string name = folder.file("d.bxg");
   ASSERT_EQ(db.dumpgrid(name.c_str(), false), 1);
-  const test::environment shown(show, "1");
+  const test::environment shown(test::show_internal_error, "1");
   BX_DB loaded;
   ASSERT_EQ(loaded.loadgrid(name.c_str()), 1);
   EXPECT_EXIT(loaded.getgrid(const_cast<const char**>(every_tile)), testing::ExitedWithCode(EXIT_FAILURE),
@@ -120,7 +119,7 @@ TEST_F(GridFailureDeathTest, AfterLoadgridEndsTheProcess) {
 
 TEST_F(GridFailureDeathTest, CellThatDoesNotExistEndsTheProcess) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
-  const test::environment hidden(show, nullptr);
+  const test::environment hidden(test::show_internal_error, nullptr);
   const BX_GRID grid(&db, every_tile);
   EXPECT_EXIT(grid.getinstance(0, 1), testing::ExitedWithCode(EXIT_FAILURE),
               "^A fatal error occurred\\. The process will now exit\\. "

@@ -15,6 +15,10 @@
 
 namespace test {
 
+/// The variable that asks for the line behind a fatal message, and the message.
+inline constexpr const char* show_internal_error = "KRT_SHOW_INTERNAL_ERROR";
+inline constexpr const char* fatal_text = "A fatal error occurred. The process will now exit.";
+
 struct open_wire : BX_WIRE {
   open_wire(char* own_name, const BX_POINT* at) noexcept : BX_WIRE(own_name, at) {}
   using BX_WIRE::currentX;

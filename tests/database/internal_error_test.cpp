@@ -15,8 +15,6 @@ namespace {
 
 using test::add;
 
-constexpr const char* show = "KRT_SHOW_INTERNAL_ERROR";
-constexpr const char* generic = "A fatal error occurred. The process will now exit.";
 constexpr const char* no_start = "BX_INSTANCE::getinstance Couldn't find start instance";
 
 // Two parents with a child each, so that one's child is a foreign start for the other.
@@ -47,19 +45,19 @@ class InternalErrorDeathTest : public testing::Test {
 };
 
 TEST_F(InternalErrorDeathTest, ForeignStartByNameEndsTheProcessWithTheFatalMessageOnly) {
-  const test::environment hidden(show, nullptr);
+  const test::environment hidden(test::show_internal_error, nullptr);
   EXPECT_EXIT(parents.first.getinstance("A", parents.foreign), testing::ExitedWithCode(EXIT_FAILURE),
               generic_output("", 1));
 }
 
 TEST_F(InternalErrorDeathTest, ForeignStartByPositionEndsTheProcessWithCodeTwo) {
-  const test::environment hidden(show, nullptr);
+  const test::environment hidden(test::show_internal_error, nullptr);
   EXPECT_EXIT(parents.first.getinstance(0, 0, parents.foreign), testing::ExitedWithCode(EXIT_FAILURE),
               generic_output("", 2));
 }
 
 TEST_F(InternalErrorDeathTest, DetailLineIsShownWhenTheVariableIsPresent) {
-  const test::environment shown(show, "1");
+  const test::environment shown(test::show_internal_error, "1");
   EXPECT_EXIT(parents.first.getinstance("A", parents.foreign), testing::ExitedWithCode(EXIT_FAILURE),
               generic_output(no_start, 1));
   EXPECT_EXIT(parents.first.getinstance(0, 0, parents.foreign), testing::ExitedWithCode(EXIT_FAILURE),
@@ -67,14 +65,14 @@ TEST_F(InternalErrorDeathTest, DetailLineIsShownWhenTheVariableIsPresent) {
 }
 
 TEST_F(InternalErrorDeathTest, DetailLineIsShownWhenTheVariableIsPresentAndEmpty) {
-  const test::environment shown(show, "");
+  const test::environment shown(test::show_internal_error, "");
   EXPECT_EXIT(parents.first.getinstance("A", parents.foreign), testing::ExitedWithCode(EXIT_FAILURE),
               generic_output(no_start, 1));
 }
 
 TEST_F(InternalErrorDeathTest, GrandchildIsNoChildAsAStart) {
   BX_INSTANCE* grandchild = add(*parents.own, "G", 0, 0, 1, 1);
-  EXPECT_EXIT(parents.first.getinstance("A", grandchild), testing::ExitedWithCode(EXIT_FAILURE), generic);
+  EXPECT_EXIT(parents.first.getinstance("A", grandchild), testing::ExitedWithCode(EXIT_FAILURE), test::fatal_text);
 }
 
 template <class T>
@@ -87,7 +85,7 @@ std::string copy_output() { return output("", "Copy constructor not allowed", "d
 
 TEST_F(InternalErrorDeathTest, CopyingAnInstanceEndsTheProcessWhateverTheEnvironment) {
   for (const char* value : {static_cast<const char*>(nullptr), "", "1"}) {
-    const test::environment set(show, value);
+    const test::environment set(test::show_internal_error, value);
     EXPECT_EXIT(copy_away(parents.first), testing::ExitedWithCode(EXIT_FAILURE), copy_output());
   }
 }
@@ -95,7 +93,7 @@ TEST_F(InternalErrorDeathTest, CopyingAnInstanceEndsTheProcessWhateverTheEnviron
 TEST_F(InternalErrorDeathTest, CopyingADatabaseEndsTheProcessWhateverTheEnvironment) {
   const BX_DB db("D", 0, 0, 1, 1);
   for (const char* value : {static_cast<const char*>(nullptr), "", "1"}) {
-    const test::environment set(show, value);
+    const test::environment set(test::show_internal_error, value);
     EXPECT_EXIT(copy_away(db), testing::ExitedWithCode(EXIT_FAILURE), copy_output());
   }
 }
@@ -103,7 +101,7 @@ TEST_F(InternalErrorDeathTest, CopyingADatabaseEndsTheProcessWhateverTheEnvironm
 TEST_F(InternalErrorDeathTest, CopyingAnArrayEndsTheProcessWhateverTheEnvironment) {
   const BX_DB db;
   for (const char* value : {static_cast<const char*>(nullptr), "", "1"}) {
-    const test::environment set(show, value);
+    const test::environment set(test::show_internal_error, value);
     EXPECT_EXIT(copy_away(parents.first.wires), testing::ExitedWithCode(EXIT_FAILURE), copy_output());
     EXPECT_EXIT(copy_away(parents.first.instances), testing::ExitedWithCode(EXIT_FAILURE), copy_output());
     EXPECT_EXIT(copy_away(db.names), testing::ExitedWithCode(EXIT_FAILURE), copy_output());
@@ -128,11 +126,11 @@ class InternalError : public testing::Test {
 };
 
 TEST_F(InternalError, ReportReachesASubstituteManagerWithItsOriginAndCode) {
-  const test::environment hidden(show, nullptr);
+  const test::environment hidden(test::show_internal_error, nullptr);
   const test::substitute in_place(recorded);
   EXPECT_EQ(parents.first.getinstance("A", parents.foreign), nullptr);
   EXPECT_EQ(parents.first.getinstance(0, 0, parents.foreign), nullptr);
-  EXPECT_EQ(recorded.lines, lines(2, std::string("fatal ") + generic));
+  EXPECT_EQ(recorded.lines, lines(2, std::string("fatal ") + test::fatal_text));
   EXPECT_EQ(recorded.origins, (lines{"qelmodb 1.0 1 0", "qelmodb 1.0 2 0"}));
   EXPECT_EQ(recorded.tags[0].size(), 7U);
   for (const char c : recorded.tags[0]) EXPECT_GT(static_cast<unsigned char>(c), 127);
@@ -142,23 +140,23 @@ TEST_F(InternalError, ReportReachesASubstituteManagerWithItsOriginAndCode) {
 TEST_F(InternalError, EnvironmentIsReadAtEachReport) {
   const test::substitute in_place(recorded);
   {
-    const test::environment hidden(show, nullptr);
+    const test::environment hidden(test::show_internal_error, nullptr);
     parents.first.getinstance("A", parents.foreign);
     EXPECT_EQ(recorded.lines.size(), 1U);
   }
   {
-    const test::environment shown(show, "");
+    const test::environment shown(test::show_internal_error, "");
     parents.first.getinstance("A", parents.foreign);
-    EXPECT_EQ(recorded.lines, (lines{std::string("fatal ") + generic, std::string("detail ") + no_start + " 0",
-                                     std::string("fatal ") + generic}));
+    EXPECT_EQ(recorded.lines, (lines{std::string("fatal ") + test::fatal_text, std::string("detail ") + no_start + " 0",
+                                     std::string("fatal ") + test::fatal_text}));
   }
-  const test::environment hidden(show, nullptr);
+  const test::environment hidden(test::show_internal_error, nullptr);
   parents.first.getinstance("A", parents.foreign);
   EXPECT_EQ(recorded.lines.size(), 4U);
 }
 
 TEST_F(InternalError, CopyReportSkipsTheDetailAndNamesTheArrayModule) {
-  const test::environment shown(show, "1");
+  const test::environment shown(test::show_internal_error, "1");
   const test::substitute in_place(recorded);
   const DARRAY_BX_WIRE copy(parents.first.wires);
   EXPECT_EQ(copy.getcount(), 0);

@@ -127,6 +127,14 @@ TEST_F(DatabaseFiles, ARefusedFileStaysRegisteredUntilTheLeftOnesAreClosed) {
   EXPECT_EQ(ut_file->getcount(), before);
 }
 
+TEST_F(DatabaseFiles, ARefusedFileCanBeReplacedByADump) {
+  const std::string name = put("foreign.bxd", "something else\n");
+  const test::caught_report report;
+  EXPECT_EQ(small_.load(name.c_str()), 0);
+  EXPECT_EQ(small_.dump(name.c_str(), true), 1) << ut_file->geterror();
+  EXPECT_EQ(test::read_file(name), small_text);
+}
+
 TEST_F(DatabaseFiles, ARefusedFileLeavesTheOldContentUntouched) {
   const test::caught_report report;
   BX_INSTANCE* child = small_.getinstance(0);

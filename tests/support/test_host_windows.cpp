@@ -53,6 +53,8 @@ int run_again(const std::string& test, const std::vector<int>& ends) {
   start.hStdInput = start.hStdOutput = start.hStdError = nowhere;
   PROCESS_INFORMATION child{};
   SetEnvironmentVariableA(told, text.c_str());
+  // The child runs one test, whatever part of them this process was given.
+  for (const char* name : {"GTEST_TOTAL_SHARDS", "GTEST_SHARD_INDEX"}) SetEnvironmentVariableA(name, nullptr);
   const bool started =
       CreateProcessA(program, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &child) != 0;
   SetEnvironmentVariableA(told, nullptr);

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "bxdb_runner.h"
+#include "program.h"
 
 namespace {
 
@@ -27,7 +28,7 @@ TEST_F(BxdbCheck, AFaultNamesFileLineAndPath) {
 
 TEST_F(BxdbCheck, ATextCutOffAnywhereIsInvalidAndNamesThePlace) {
   const std::string whole = small_text();
-  for (std::size_t length = 0; length + 1 < whole.size(); length += 23) {
+  for (std::size_t length = 0; length + 1 < whole.size(); length += 23 * start_stride) {
     const std::string db = made("cut.bxd", whole.substr(0, length));
     const outcome bad = expect(1, {"check", db});
     EXPECT_TRUE(holds(bad.out, db + ": error: ")) << length << bad.out;
@@ -39,7 +40,7 @@ TEST_F(BxdbCheck, ATextCutOffAnywhereIsInvalidAndNamesThePlace) {
 TEST_F(BxdbCheck, ABinaryFileCutOffAnywhereIsInvalidAndNamesThePlace) {
   expect(0, {"convert", made("a.bxd", small_text()), file("b.bxd"), "--form", "binary"});
   const std::string whole = read_file(file("b.bxd"));
-  for (std::size_t length = 8; length < whole.size(); length += 29) {
+  for (std::size_t length = 8; length < whole.size(); length += 29 * start_stride) {
     const std::string db = made("cut.bxd", whole.substr(0, length));
     const outcome bad = expect(1, {"check", db});
     EXPECT_TRUE(holds(bad.out, db + ": error: byte ")) << length << bad.out;

@@ -4,6 +4,7 @@
 // Compressed files: made from others, made into others, and taken by every command.
 #include "bxdb_runner.h"
 #include "packing_formats.h"
+#include "program.h"
 #include "qelmocompress.h"
 
 namespace {
@@ -158,7 +159,7 @@ TEST_F(BxdbCompressed, AGridFileIsRefused) {
 TEST_F(BxdbCompressed, OneCutOffAnywhereIsInvalidAndNamesThePlace) {
   expect(0, {"convert", made("a.bxd", plain_text()), file("c.bxd"), "--form", "compressed"});
   const std::string whole = read_file(file("c.bxd"));
-  for (std::size_t length = 8; length < whole.size(); length += 11) {
+  for (std::size_t length = 8; length < whole.size(); length += 11 * start_stride) {
     const std::string db = made("cut.bxd", whole.substr(0, length));
     EXPECT_TRUE(holds(expect(1, {"check", db}).out, db + ": error: byte ")) << length;
     expect(2, {"info", db});

@@ -22,4 +22,11 @@ extern const char* const no_input;
 /// was, and also when a signal ended the program.
 bool start_program(const std::vector<std::string>& words, const program_files& files, int& status);
 
+/// A loop that starts a program for each of many places goes this many times as far where programs take long to start.
+#ifdef _WIN32
+inline constexpr std::size_t start_stride = 5;
+#else
+inline constexpr std::size_t start_stride = 1;
+#endif
+
 }  // namespace test

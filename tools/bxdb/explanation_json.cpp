@@ -34,7 +34,7 @@ json point_json(const std::optional<BX_POINT>& point) {
   return point ? json{{"x", point->x}, {"y", point->y}} : json(nullptr);
 }
 
-json difference_json(const wire_difference& wire) {
+json wire_difference_json(const wire_difference& wire) {
   return {{"wire", ut_text(wire.name)}, {"here", point_json(wire.here)}, {"there", point_json(wire.there)}};
 }
 
@@ -47,7 +47,7 @@ json near_json(const explanation& about, const near_miss& miss) {
           {"nearest", miss.other},
           {"nearest_instances", about.of(miss.other).instances},
           {"bytes_if_equal", use.record_size},
-          {"differences", list_of(miss.wires, difference_json)}};
+          {"differences", list_of(miss.wires, wire_difference_json)}};
 }
 
 json wire_list_json(const wire_list_use& list) {
