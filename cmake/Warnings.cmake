@@ -23,7 +23,8 @@ function(qelmodb_unite target)
   endif()
 endfunction()
 
-# Headers that take much of the time in which a program compiles, compiled once; or REUSE_FROM and a target that has them.
+# Headers that take much of the time in which a program compiles, compiled once; or REUSE_FROM and a target that has
+# them.
 function(qelmodb_precompile target)
   if("${ARGN}" MATCHES REUSE_FROM)
     target_precompile_headers(${target} ${ARGN})

@@ -21,5 +21,6 @@ build_packages="g++ cmake ninja-build pkg-config libcli11-dev libfmt-dev nlohman
  libcairo2-dev"
 test_packages="libgtest-dev libbenchmark-dev gzip zstd"
 windows_packages="g++-mingw-w64-x86-64-posix libz-mingw-w64-dev googletest wine wine64"
+fuzz_packages="clang libclang-rt-14-dev"
 bench_packages="libbenchmark-dev libboost-dev libboost-serialization-dev libsqlite3-dev libflatbuffers-dev\
  flatbuffers-compiler libzstd-dev"

@@ -20,8 +20,8 @@ build() {
   cmake --build --preset "$1" -j "$jobs" ${2:+--target "$2"}
 }
 
-# Runs all tests of the build for Windows. Wine as Debian packages it ends its server with the last program, and one that
-# starts at that moment fails; so one waits for input until the tests are done.
+# Runs all tests of the build for Windows. Wine as Debian packages it ends its server with the last program, and one
+# that starts at that moment fails; so one waits for input until the tests are done.
 test_windows() {
   waiting=build/windows/waiting
   rm -f "$waiting"

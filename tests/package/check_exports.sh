@@ -2,9 +2,9 @@
 # SPDX-FileCopyrightText: The qelmodb authors
 # SPDX-License-Identifier: Apache-2.0
 
-# What the shared library exports is what exports.txt lists: nothing more, and nothing is missing. The list is one for all
-# systems, so types whose name differs are called by what they are, and what only some compilers export is left out:
-# tables of virtual functions, type information, statics of inline functions.
+# What the shared library exports is what exports.txt lists: nothing more, and nothing is missing. The list is one for
+# all systems, so types whose name differs are called by what they are, and what only some compilers export is left
+# out: tables of virtual functions, type information, statics of inline functions.
 #
 #   check_exports.sh LIBRARY LIST OBJDUMP [write]     with "write", makes the list anew
 set -eu
