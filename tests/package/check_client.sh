@@ -51,7 +51,7 @@ flags=$(PKG_CONFIG_PATH=$pc pkg-config --define-variable=prefix="$copy" --cflags
 run_client "$copy" "$work/client_pc.exe"
 
 # The tool comes with what it needs, too.
-tool=$(find "$copy/bin" -name bxdb -o -name bxdb.exe)
+tool=$(find "$copy" -name bxdb -o -name bxdb.exe)
 [ -z "$tool" ] || (cd "$work" && $emulator "$tool" check device.bxd >"$work/checked") || {
   cat "$work/checked"
   exit 1
