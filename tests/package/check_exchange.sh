@@ -43,6 +43,6 @@ for file in $(ls here | grep -v 'npd$'); do
   there check "here/$file"
   there diff --summary "here/$file" "there/$file"
 done
-# Across the forms, so that the comparison above is not one of a file with itself misread in the same way.
+# Across the forms, too: a form that both misread in the same way would compare equal with itself.
 "$here" diff --summary here/text.bxd there/compressed.bxd
 there diff --summary there/text.bxd here/compressed.bxd

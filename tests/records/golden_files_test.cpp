@@ -9,7 +9,6 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <map>
 
 #include "../database/exposed.h"
 #include "np_device.h"
@@ -103,37 +102,6 @@ void write(const golden_file& file, const std::string& path) {
   }
 }
 
-std::uint64_t number_at(const std::string& bytes, std::size_t at, int count) {
-  std::uint64_t value = 0;
-  for (int i = count; i-- > 0;) value = value << 8 | static_cast<unsigned char>(bytes.at(at + std::size_t(i)));
-  return value;
-}
-
-/// The bytes with every reference to a name replaced by the name's number in the table: what two processes that write
-/// the same tree have in common.
-std::string with_numbered_names(std::string bytes) {
-  std::map<std::string, std::uint64_t> numbers;
-  std::size_t at = bytes.find('\n') + 1;
-  const std::uint64_t count = number_at(bytes, at, 4);
-  at += 4;
-  for (std::uint64_t i = 0; i < count; ++i) {
-    numbers[bytes.substr(at, 8)] = i + 1;
-    bytes.replace(at, 8, test::reference(i + 1));
-    at = bytes.find('\0', at + 8) + 1;
-  }
-  EXPECT_EQ(numbers.size(), count) << "names share a reference";
-  while (at + 8 <= bytes.size()) {
-    const auto found = numbers.find(bytes.substr(at, 8));
-    if (found == numbers.end()) {
-      ++at;
-      continue;
-    }
-    bytes.replace(at, 8, test::reference(found->second));
-    at += 8;
-  }
-  return bytes;
-}
-
 class GoldenFiles : public testing::TestWithParam<golden_file> {
  protected:
   // Names come back with their "$".
@@ -151,7 +119,7 @@ TEST_P(GoldenFiles, AreWritten) {
     const std::string bytes = test::read_file(golden(std::string(system) + "/" + file.name));
     ASSERT_NE(bytes, "") << system;
     if (file.has_references()) {
-      EXPECT_EQ(with_numbered_names(written), with_numbered_names(bytes)) << system;
+      EXPECT_EQ(test::with_numbered_names(written), test::with_numbered_names(bytes)) << system;
     } else {
       EXPECT_EQ(written, bytes) << system;
     }

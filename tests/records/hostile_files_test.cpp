@@ -33,7 +33,10 @@ std::string rich_file(const file_kind& kind) {
   test::fill_rich_database(db);
   qelmodb::intern_root_name(db);
   if (kind.as == form::compressed) db.compress();
-  return test::dumped(db, kind.as, kind.what);
+  const std::string bytes = test::dumped(db, kind.as, kind.what);
+  const bool has_references = kind.as != form::text && kind.what == content::database;
+  // A child that runs the test again has its names elsewhere.
+  return has_references ? test::with_numbered_names(bytes) : bytes;
 }
 
 class HostileFiles : public testing::TestWithParam<file_kind> {

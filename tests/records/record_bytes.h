@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -61,6 +62,39 @@ inline std::string grid_bytes(const std::string& name, const box& b, const std::
 inline std::string table_bytes(const std::vector<std::pair<std::uint64_t, std::string>>& entries) {
   std::string bytes = number(static_cast<bx_long>(entries.size()));
   for (const auto& [address, text] : entries) bytes += reference(address) + stored(text);
+  return bytes;
+}
+
+inline std::uint64_t number_at(const std::string& bytes, std::size_t at, int count) {
+  std::uint64_t value = 0;
+  for (int i = count; i-- > 0;) value = value << 8 | static_cast<unsigned char>(bytes.at(at + std::size_t(i)));
+  return value;
+}
+
+/// The bytes with every reference to a name replaced by the name's number in the table: what two processes that write
+/// the same tree have in common.
+inline std::string with_numbered_names(std::string bytes) {
+  // By reference. The root's name may be there twice, first and in its place.
+  std::map<std::string, std::pair<std::uint64_t, std::string>> names;
+  std::size_t at = bytes.find('\n') + 1;
+  const std::uint64_t count = number_at(bytes, at, 4);
+  at += 4;
+  for (std::uint64_t i = 0; i < count; ++i) {
+    const std::string text = bytes.c_str() + at + 8;
+    const auto& name = names.try_emplace(bytes.substr(at, 8), i + 1, text).first->second;
+    EXPECT_EQ(name.second, text) << "names share a reference";
+    bytes.replace(at, 8, reference(name.first));
+    at += 8 + text.size() + 1;
+  }
+  while (at + 8 <= bytes.size()) {
+    const auto found = names.find(bytes.substr(at, 8));
+    if (found == names.end()) {
+      ++at;
+      continue;
+    }
+    bytes.replace(at, 8, reference(found->second.first));
+    at += 8;
+  }
   return bytes;
 }
 
