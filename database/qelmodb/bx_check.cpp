@@ -60,6 +60,33 @@ bool check_records(bx_check_context& context, form as, content what) {
   return coder.name_table() && bx_check_instances(coder, context, true);
 }
 
+// Stops behind the limit.
+bool read_whole_file(const char* filename, std::int64_t limit, std::string& bytes) {
+  UT_PTRFILE file(UT_READ);
+  if (ut_file->add_ofile(filename, UT_READ, &file, false) == nullptr) return false;
+  while (static_cast<std::int64_t>(bytes.size()) <= limit) {
+    std::size_t available = 0;
+    const char* block = file.peek(1, available);
+    if (available == 0) break;
+    bytes.append(block, available);
+    file.consume(available);
+  }
+  ut_file->rm_ofile(&file);
+  return true;
+}
+
+void check_whole_file(const char* filename, content what, const qelmodb::check_options& options, std::string& bytes,
+                      qelmodb::check_report& report) {
+  if (read_whole_file(filename, options.within.bytes, bytes)) {
+    report = qelmodb::check_bytes(bytes, what, options);
+    return;
+  }
+  bx_check_context context({}, options);
+  context.report.file_content = what;
+  context.fail(0, ut_file->geterror());
+  report = std::move(context.report);
+}
+
 }  // namespace
 
 namespace qelmodb {
@@ -68,7 +95,7 @@ check_report check_bytes(std::string_view bytes, content what, const check_optio
   bx_check_context context(bytes, options);
   context.report.file_content = what;
   char letter = '\0';
-  if (first_line(context, letter)) {
+  if (context.within_limits(0) && first_line(context, letter)) {
     const form as = form_of(letter, what);
     context.report.file_form = as;
     if (as == form::binary && letter != bx_binary_letter) {
@@ -82,23 +109,20 @@ check_report check_bytes(std::string_view bytes, content what, const check_optio
 }
 
 check_report check_file(const char* filename, content what, const check_options& options) {
-  UT_PTRFILE file(UT_READ);
-  if (ut_file->add_ofile(filename, UT_READ, &file, false) == nullptr) {
-    bx_check_context context({}, options);
-    context.report.file_content = what;
-    context.fail(0, ut_file->geterror());
-    return std::move(context.report);
-  }
   std::string bytes;
-  for (;;) {
-    std::size_t available = 0;
-    const char* block = file.peek(1, available);
-    if (available == 0) break;
-    bytes.append(block, available);
-    file.consume(available);
-  }
-  ut_file->rm_ofile(&file);
-  return check_bytes(bytes, what, options);
+  check_report report;
+  check_whole_file(filename, what, options, bytes, report);
+  return report;
+}
+
+bool load_checked(BX_DB& db, const char* filename, content what, check_report& report, const check_options& options) {
+  std::string bytes;
+  check_whole_file(filename, what, options, bytes, report);
+  if (!report.loadable()) return false;
+  UT_MEMFILE file(std::move(bytes));
+  work_options work;
+  work.report = options.report;
+  return load(db, file, what, work);
 }
 
 content detect_content(std::string_view bytes) {

@@ -40,6 +40,15 @@ bool parse(std::string_view text, bx_long& value, bool& in_range) {
 
 }  // namespace
 
+bx_check_context::bx_check_context(std::string_view bytes, const qelmodb::check_options& options)
+    : bytes_(bytes), options_(options) {
+  constexpr std::int64_t start = std::int64_t{4} << 30;
+  constexpr std::int64_t factor = 64;
+  report.bytes = static_cast<std::int64_t>(bytes.size());
+  std::int64_t& memory = options_.within.memory;
+  if (memory == qelmodb::limits::in_proportion) memory = start + factor * report.bytes;
+}
+
 std::int64_t bx_check_context::line_at(std::size_t offset) {
   if (!counts_lines) return 0;
   if (offset < line_start_) {
@@ -58,14 +67,24 @@ void bx_check_context::add(severity level, std::size_t offset, std::string messa
                         : level == severity::warning ? report.warnings
                                                      : report.notes;
   if (total++ >= static_cast<std::int64_t>(options_.most_faults)) return;
-  std::string path;
-  for (const std::string_view name : names) {
-    if (!path.empty()) path += '/';
-    path += name;
+  report.faults.push_back({level, static_cast<std::int64_t>(offset), line_at(offset), path(), std::move(message)});
+}
+
+// A deep tree has long paths, and each fault has one.
+std::string bx_check_context::path() const {
+  constexpr std::size_t most_names = 32;
+  const std::size_t half = most_names / 2;
+  std::string text;
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    if (i == half && names.size() > most_names) {
+      text += "/...";
+      i = names.size() - half;
+    }
+    if (i != 0) text += '/';
+    text += names[i];
   }
-  if (!wire.empty()) path.append(names.empty() ? "" : "/").append(wire);
-  report.faults.push_back(
-      {level, static_cast<std::int64_t>(offset), line_at(offset), std::move(path), std::move(message)});
+  if (!wire.empty()) text.append(names.empty() ? "" : "/").append(wire);
+  return text;
 }
 
 bool bx_check_context::report_progress() {
@@ -83,6 +102,35 @@ bool bx_check_context::justified(std::size_t start, const char* label, bx_long c
   if (static_cast<std::size_t>(count) <= most) return true;
   return fail(start, neoform("the %s is %d, but the %lld bytes left hold at most %lld %s", label, count,
                              static_cast<long long>(left()), static_cast<long long>(most), records));
+}
+
+std::int64_t bx_check_context::memory_of(std::int64_t wires) const noexcept {
+  constexpr std::int64_t instance = sizeof(BX_INSTANCE) + sizeof(BX_INSTANCE*);  // and its place in the parent's list
+  return report.instances * instance + wires * std::int64_t{sizeof(BX_WIRE)} + kept_names_;
+}
+
+bool bx_check_context::within_limits(std::size_t start, bx_long more_wires) {
+  const qelmodb::limits& most = options_.within;
+  const std::int64_t wires = report.wires + more_wires;
+  report.memory = memory_of(report.wires);
+  const struct {
+    const char* name;
+    const char* unit;
+    std::int64_t held;
+    std::int64_t limit;
+  } all[] = {{"bytes", "bytes", report.bytes, most.bytes},
+             {"instances", "instances", report.instances, most.instances},
+             {"wires", "wires", wires, most.wires},
+             {"names", "names", report.names, most.names},
+             {"depth", "levels below the root", report.depth, most.depth},
+             {"memory", "bytes of memory", memory_of(wires), most.memory}};
+  for (const auto& each : all) {
+    if (each.held <= each.limit) continue;
+    report.limit = each.name;
+    return fail(start, neoform("%lld %s go beyond the limit of %lld", static_cast<long long>(each.held), each.unit,
+                               static_cast<long long>(each.limit)));
+  }
+  return true;
 }
 
 std::string bx_check_context::found(std::size_t offset) const {
@@ -227,6 +275,8 @@ bool bx_binary_checker::name_table() {
   if (!number("the name count", count)) return false;
   constexpr int least_entry = 9;  // an address and a NUL
   if (!context_.justified(start, "name count", count, least_entry, "names")) return false;
+  context_.report.names = count;
+  if (!context_.within_limits(start)) return false;
   table_.reserve(static_cast<std::size_t>(count));
   for (bx_long i = 0; i < count; ++i) {
     if (!context_.go_on()) return false;
@@ -236,6 +286,7 @@ bool bx_binary_checker::name_table() {
     const std::uint64_t address = bx_decode(bytes, 8);
     std::string_view text;
     if (!string("name", bx_key_limit, text)) return false;
+    context_.keeps_name(text);
     const auto [known, added] = table_.emplace(address, text);
     if (!added && known->second != text) {
       context_.add(severity::warning, entry, neoform("name %d has the address of an earlier one, which is lost", i));
@@ -245,7 +296,6 @@ bool bx_binary_checker::name_table() {
       context_.add(severity::note, entry, "the name holds a double quote, which no text file can");
     }
   }
-  context_.report.names = count;
   context_.end_section("name table");
   return true;
 }

@@ -22,9 +22,7 @@ struct bx_check_record {
 /// The bytes, the place in them, and the faults found.
 class bx_check_context {
  public:
-  bx_check_context(std::string_view bytes, const qelmodb::check_options& options) : bytes_(bytes), options_(options) {
-    report.bytes = static_cast<std::int64_t>(bytes.size());
-  }
+  bx_check_context(std::string_view bytes, const qelmodb::check_options& options);
 
   qelmodb::check_report report;
   std::vector<std::string_view> names;  // the path to the instance in hand
@@ -49,6 +47,13 @@ class bx_check_context {
   bool justified(std::size_t start, const char* label, bx_long count, int least_size,
                  const char* records = "such records");
 
+  /// To be called when a record that begins at start has added to the report, and before so many wires are looked at.
+  /// False, and a fault, when that goes beyond a limit.
+  bool within_limits(std::size_t start, bx_long more_wires = 0);
+
+  /// Counts the memory of a name that is kept for itself.
+  void keeps_name(std::string_view text) noexcept { kept_names_ += static_cast<std::int64_t>(text.size()) + 32; }
+
   /// To be called between records. False, and a fault, when the check was cancelled.
   bool go_on() { return at_ < next_report_ || report_progress(); }
 
@@ -64,6 +69,8 @@ class bx_check_context {
 
  private:
   std::int64_t line_at(std::size_t offset);
+  std::string path() const;
+  std::int64_t memory_of(std::int64_t wires) const noexcept;
   bool report_progress();
 
   std::string_view bytes_;
@@ -72,6 +79,7 @@ class bx_check_context {
   std::size_t line_start_ = 0;  // up to where line ends were counted
   std::int64_t line_ = 1;
   std::size_t next_report_ = 0;
+  std::int64_t kept_names_ = 0;  // bytes
 };
 
 class bx_text_checker {
@@ -142,7 +150,11 @@ class bx_binary_grid_checker : public bx_binary_checker_base {
  public:
   explicit bx_binary_grid_checker(bx_check_context& context) : bx_binary_checker_base(context) {}
 
-  bool name(bx_check_record& record) { return string("name", bx_grid_name_limit, record.name); }
+  bool name(bx_check_record& record) {
+    if (!string("name", bx_grid_name_limit, record.name)) return false;
+    context_.keeps_name(record.name);
+    return true;
+  }
 
   static const bx_form_sizes& sizes() noexcept { return bx_binary_grid_sizes; }
 };

@@ -53,9 +53,10 @@ class bx_tree_checker {
     qelmodb::check_report& report = context_.report;
     ++report.instances;
     report.depth = std::max(report.depth, static_cast<std::int64_t>(path_.size()));
+    if (!context_.within_limits(start)) return false;
     check_box(start, inst);
     if (!path_.empty()) check_place(start, inst);
-    if (!form_.wires(inst, start)) return false;
+    if (!form_.wires(inst, start) || !context_.within_limits(start)) return false;
     const std::size_t counted_at = context_.at();
     bx_long children = 0;
     if (!form_.count(bx_child_count_label, children)) return false;
@@ -141,6 +142,7 @@ class bx_instance_form {
     bx_long count = 0;
     if (!coder_.count(bx_wire_count_label, count)) return false;
     if (!context_.justified(counted_at, bx_wire_count_label, count, bx_least_wire_size(Coder::sizes()))) return false;
+    if (!context_.within_limits(counted_at, count)) return false;
     bx_wire_order_check order(context_);
     for (bx_long i = 0; i < count; ++i) {
       const std::size_t start = context_.at();

@@ -169,17 +169,11 @@ TEST_F(BxdbCompressed, OneCutOffAnywhereIsInvalidAndNamesThePlace) {
 
 // ---- trees that are larger than their files
 
-TEST_F(BxdbCompressed, OneWhoseTreeIsBeyondTheSizeLimitIsRefusedBeforeItIsLoaded) {
+TEST_F(BxdbCompressed, OneWhoseTreeIsBeyondTheMemoryLimitIsRefusedBeforeItIsLoaded) {
   make_both();
-  const nlohmann::json check = json_of(0, {"check", compressed_});
-  const auto instances = check["instances"].get<std::int64_t>();
-  const auto wires = check["wires"].get<std::int64_t>();
-  const std::int64_t size = 32 * instances + 16 * wires;
-  ASSERT_LT(check["bytes"], size);
+  const auto size = json_of(0, {"check", compressed_})["memory"].get<std::int64_t>();
+  ASSERT_GT(size, 0);
   const std::string less = std::to_string(size - 1);
-  const std::string expected = "bxdb: " + compressed_ + ": not loaded: " + std::to_string(instances) +
-                               " instances with " + std::to_string(wires) + " wires take " + std::to_string(size) +
-                               " bytes in binary form, more than " + less + "; see --max-size\n";
   for (const words& line : std::vector<words>{{"info", compressed_},
                                               {"print", compressed_},
                                               {"convert", compressed_, file("out.bxd"), "--form", "text"},
@@ -189,14 +183,32 @@ TEST_F(BxdbCompressed, OneWhoseTreeIsBeyondTheSizeLimitIsRefusedBeforeItIsLoaded
                                               {"explain", compressed_},
                                               {"diff", compressed_, compressed_}}) {
     words limited = line;
-    limited.insert(limited.end(), {"--max-size", less});
+    limited.insert(limited.end(), {"--max-memory", less});
     const outcome refused = expect(2, limited);
-    EXPECT_EQ(refused.err, expected) << line[0];
+    EXPECT_TRUE(holds(refused.err, compressed_ + ": error: byte ")) << refused.err;
+    EXPECT_TRUE(holds(refused.err, ": " + std::to_string(size) + " bytes of memory go beyond the limit of " + less));
+    EXPECT_TRUE(holds(refused.err, "bxdb: " + compressed_ + ": not loaded; see --max-memory\n")) << refused.err;
     EXPECT_EQ(refused.out, "");
   }
   EXPECT_FALSE(std::filesystem::exists(file("out.bxd")));
-  expect(0, {"info", compressed_, "--max-size", std::to_string(size)});
-  expect(0, {"check", compressed_, "--max-size", less});
+  expect(0, {"info", compressed_, "--max-memory", std::to_string(size)});
+}
+
+TEST_F(BxdbCompressed, EachLimitRefusesWhatGoesBeyondItAndIsNamed) {
+  make_both();
+  const nlohmann::json sound = json_of(0, {"check", compressed_});
+  EXPECT_TRUE(sound["limit"].is_null());
+  for (const char* limit : {"instances", "wires", "names", "depth", "memory"}) {
+    const auto held = sound[limit].get<std::int64_t>();
+    const std::string option = std::string("--max-") + limit;
+    expect(0, {"check", compressed_, option, std::to_string(held)});
+    const nlohmann::json refused = json_of(1, {"check", compressed_, option, std::to_string(held - 1)});
+    EXPECT_EQ(refused["limit"], limit);
+    EXPECT_EQ(refused["errors"], 1) << limit;
+    EXPECT_TRUE(holds(expect(1, {"check", compressed_, option, std::to_string(held - 1)}).out,
+                      compressed_ + ": beyond a limit, see " + option));
+    EXPECT_TRUE(holds(expect(2, {"info", compressed_, option, std::to_string(held - 1)}).err, "see " + option));
+  }
 }
 
 TEST_F(BxdbCompressed, AMegabyteThatStandsForTwentyGigabytesIsRefusedWithoutBeingAsked) {
@@ -218,10 +230,9 @@ TEST_F(BxdbCompressed, AMegabyteThatStandsForTwentyGigabytesIsRefusedWithoutBein
   }
   ASSERT_TRUE(tree.dumpcompress(file("c.bxd").c_str(), false));
   EXPECT_LT(std::filesystem::file_size(file("c.bxd")), 1100000U);
-  const outcome refused = expect(2, {"info", file("c.bxd")});
-  EXPECT_TRUE(holds(refused.err, ": not loaded: 21001 instances with 1260000000 wires take 20160672032 bytes"))
-      << refused.err;
-  EXPECT_EQ(json_of(0, {"check", file("c.bxd")})["wires"], 1260000000);
+  const outcome refused = expect(2, {"info", file("c.bxd"), "--max-memory", "16G"});
+  EXPECT_TRUE(holds(refused.err, " bytes of memory go beyond the limit of 17179869184 [r/T]")) << refused.err;
+  EXPECT_EQ(json_of(0, {"check", file("c.bxd"), "--max-memory", "1T"})["wires"], 1260000000);
 }
 
 }  // namespace

@@ -13,15 +13,17 @@
 namespace bxdb {
 namespace {
 
-qelmodb::check_report checked(const input_file& input, std::size_t most_faults) {
+qelmodb::check_report checked(const input_file& input, const check_options& how) {
   progress shown("checking " + input.name);
   qelmodb::check_options options;
-  options.most_faults = most_faults;
+  options.most_faults = how.most_faults;
+  options.within = how.input.within;
   options.report = shown.options().report;
   return qelmodb::check_bytes(input.bytes, input.what, options);
 }
 
 std::string verdict(const qelmodb::check_report& report) {
+  if (report.limit != nullptr) return fmt::format("beyond a limit, see --max-{}", report.limit);
   if (!report.loadable()) return "invalid";
   return report.sound() ? "sound" : "loadable, but lookups can miss what it holds";
 }
@@ -65,14 +67,16 @@ void print_as_json(const input_file& input, const qelmodb::check_report& report)
                 {"wires", report.wires},
                 {"names", report.names},
                 {"depth", report.depth},
-                {"dollar_wires", report.dollar_wires}});
+                {"dollar_wires", report.dollar_wires},
+                {"memory", report.memory},
+                {"limit", report.limit == nullptr ? nlohmann::json() : nlohmann::json(report.limit)}});
 }
 
 }  // namespace
 
 int run_check(const check_options& options) {
   const input_file input = read_input(options.file, options.input);
-  const qelmodb::check_report report = checked(input, options.most_faults);
+  const qelmodb::check_report report = checked(input, options);
   if (options.as_json) {
     print_as_json(input, report);
   } else {

@@ -15,16 +15,32 @@
 namespace bxdb {
 namespace {
 
+void add_limit(CLI::App& command, const char* name, std::int64_t& limit, const char* help) {
+  command.add_option(name, limit, help)->check(CLI::NonNegativeNumber)->type_name("COUNT");
+}
+
 void add_input_options(CLI::App& command, input_options& options) {
   options.max_size = default_max_size();
   command.add_flag("--grid-file", options.grid_file, "Read a grid file, whatever its name (\".bxg\" is one anyway)");
   command
-      .add_option(
-          "--max-size", options.max_size,
-          "Largest file, unpacked, that is taken into memory, such as 512M or 4G; of a compressed one also the "
-          "size that its tree has in binary form; by default a quarter of this machine's memory, at most 16 GiB")
+      .add_option("--max-size", options.max_size,
+                  "Largest file, unpacked, that is taken into memory, such as 512M or 4G; by default a quarter of this "
+                  "machine's memory, at most 16 GiB")
       ->transform(CLI::AsSizeValue(false))
       ->type_name("SIZE");
+  qelmodb::limits& within = options.within;
+  within.memory = default_max_memory();
+  command
+      .add_option("--max-memory", within.memory,
+                  "Most memory that the tree of a file may take, which for a small compressed one can be terabytes; by "
+                  "default half of this machine's, at most 32 GiB")
+      ->transform(CLI::AsSizeValue(false))
+      ->check(CLI::NonNegativeNumber)
+      ->type_name("SIZE");
+  add_limit(command, "--max-instances", within.instances, "Most instances that a file may hold");
+  add_limit(command, "--max-wires", within.wires, "Most wires that a file may hold");
+  add_limit(command, "--max-names", within.names, "Most entries that a file's name table may have");
+  add_limit(command, "--max-depth", within.depth, "Most levels below the root that a file may have");
 }
 
 void add_cut_option(CLI::App& command, input_options& options) {

@@ -65,6 +65,8 @@ std::uint64_t default_max_size() noexcept {
   return memory == 0 ? 16 * gibibyte : std::min(memory / 4, 16 * gibibyte);
 }
 
+std::int64_t default_max_memory() noexcept { return static_cast<std::int64_t>(2 * default_max_size()); }
+
 input_file read_input(const std::string& name, const input_options& options) {
   const progress shown("reading " + name);
   input_file file;

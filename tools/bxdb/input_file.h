@@ -16,12 +16,16 @@ namespace bxdb {
 struct input_options {
   bool grid_file = false;      ///< the file is a grid file, whatever its name
   bool cut = false;            ///< cut wire names at their first "$", as the library does by default
-  std::uint64_t max_size = 0;  ///< the largest file, unpacked, and tree that are taken into memory
+  std::uint64_t max_size = 0;  ///< the largest file, unpacked, that is taken into memory
+  qelmodb::limits within;      ///< what it may hold
 };
 
 /// The default of max_size: a quarter of the machine's memory, at most 16 GiB. A loaded tree, and what
 /// checking and comparing need, take up to a few times the size of the file.
 std::uint64_t default_max_size() noexcept;
+
+/// The default of within.memory: half of the machine's memory, at most 32 GiB.
+std::int64_t default_max_memory() noexcept;
 
 struct input_file {
   std::string name;

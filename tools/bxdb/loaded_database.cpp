@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <chrono>
 
-#include "binary_sizes.h"
 #include "failure.h"
 #include "progress.h"
 #include "text.h"
@@ -32,18 +31,8 @@ double timed(Step step) {
     fmt::print(stderr, "{}\n", fault_text(name, fault));
     ++shown;
   }
+  if (report.limit != nullptr) throw failure(fmt::format("{}: not loaded; see --max-{}", name, report.limit));
   throw failure(fmt::format("{}: not loaded because of {}; see bxdb check", name, counted(report.errors, "error")));
-}
-
-/// The bytes of a compressed file say nothing about the size of the tree: 22 of them make an instance with up to 65535
-/// wires.
-void check_growth(const std::string& name, const qelmodb::check_report& report, std::uint64_t limit) {
-  if (report.file_form != qelmodb::form::compressed) return;
-  const auto size =
-      static_cast<std::uint64_t>(report.instances * binary_instance_size + report.wires * binary_wire_size);
-  if (size <= limit) return;
-  throw failure(fmt::format("{}: not loaded: {} with {} take {} bytes in binary form, more than {}; see --max-size",
-                            name, counted(report.instances, "instance"), counted(report.wires, "wire"), size, limit));
 }
 
 }  // namespace
@@ -64,10 +53,10 @@ loaded_database load_database(const std::string& name, const input_options& opti
     progress shown("checking " + name);
     qelmodb::check_options check;
     check.report = shown.options().report;
+    check.within = options.within;
     loaded.times.check = timed([&] { loaded.report = qelmodb::check_bytes(input.bytes, input.what, check); });
   }
   if (!loaded.report.loadable()) refuse(name, loaded.report);
-  check_growth(name, loaded.report, options.max_size);
 
   progress shown("loading " + name);
   loaded.db = std::make_unique<BX_DB>();

@@ -30,8 +30,8 @@ struct loaded_database {
 };
 
 /// Reads, checks and loads a file. A "$" in a wire name survives unless options say otherwise. Throws
-/// failure when the file cannot be read or loaded, or is a compressed one whose tree would be a binary file larger than
-/// the options allow; its faults go to standard error.
+/// failure when the file cannot be read or loaded, or goes beyond what the options allow; its faults go to standard
+/// error.
 loaded_database load_database(const std::string& name, const input_options& options);
 
 /// An index over the whole tree, which the database must outlive.

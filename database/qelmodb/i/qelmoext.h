@@ -50,18 +50,38 @@ struct work_options {
 
 // ---- checking
 
-/// How bad a fault is. error: loading would fail, end the process or give something else than the file
-/// says. warning: it loads, but lookups can miss what it holds. note: worth knowing, nothing is wrong.
+/// How bad a fault is. error: loading would fail, end the process, give something else than the file says or go beyond
+/// a limit. warning: it loads, but lookups can miss what it holds. note: worth knowing, nothing is wrong.
 enum class severity { error, warning, note };
 
 BX_API const char* to_string(severity level) noexcept;
+
+/// What a file may hold at most. Counts in a file are never believed: storage is made for what its bytes justify. But a
+/// compressed file of a megabyte can stand for a tree of terabytes, and any can be larger than a tool has room for.
+struct limits {
+  static constexpr std::int64_t none = INT64_MAX;
+
+  /// 4 GiB, and 64 bytes for each byte of the file: more than any text or binary file needs.
+  static constexpr std::int64_t in_proportion = -1;
+
+  std::int64_t bytes = none;            ///< of the file itself; no more than one byte beyond is read
+  std::int64_t instances = none;        ///< root included
+  std::int64_t wires = none;            ///< of a compressed file those of the restored tree
+  std::int64_t names = none;            ///< entries of the name table; text and grid files have none
+  std::int64_t depth = none;            ///< of the deepest instance; the root has 0
+  std::int64_t memory = in_proportion;  ///< bytes that the loaded tree takes; see check_report::memory
+};
 
 /// One fault of a file.
 struct fault {
   severity level;
   std::int64_t offset;  ///< of the first byte concerned
   std::int64_t line;    ///< of that byte in a text file, from 1; 0 in a binary file
-  std::string path;     ///< names from the root down to the place, joined by "/"; empty outside the tree
+
+  /// Names from the root down to the place, joined by "/"; empty outside the tree. Of a long path the middle is left
+  /// out as "...".
+  std::string path;
+
   std::string message;
 
   /// "line 12: ..." or "byte 345: ...", with the path in brackets.
@@ -79,6 +99,9 @@ struct check_options {
   /// Faults of one severity beyond this number are counted, but not described.
   std::size_t most_faults = 100;
 
+  /// What goes beyond one of these is an error, at the record where that happens, and ends the check.
+  limits within = {};
+
   /// May be empty. A check that was cancelled has an error that says so.
   progress_report report = {};
 };
@@ -93,6 +116,8 @@ struct check_report {
   std::int64_t names = 0;         ///< entries of the name table; 0 where the form has none
   std::int64_t depth = 0;         ///< of the deepest instance; the root has 0
   std::int64_t dollar_wires = 0;  ///< wires whose name holds a "$", which loading replaces by the separator
+  std::int64_t memory = 0;        ///< bytes of the loaded tree, about; names of text files and templates left out
+  const char* limit = nullptr;    ///< the name of that in limits at which the check ended
   std::int64_t errors = 0;
   std::int64_t warnings = 0;
   std::int64_t notes = 0;
@@ -113,6 +138,13 @@ BX_API check_report check_bytes(std::string_view bytes, content what, const chec
 
 /// Reads a file through ut_file and checks it. A file that cannot be read is an error at offset 0.
 BX_API check_report check_file(const char* filename, content what, const check_options& options = {});
+
+/// Reads a file through ut_file, checks it, and loads it when nothing is against that: the way to take in what comes
+/// from elsewhere. The file is in memory as a whole meanwhile. False when it is not loadable, which leaves db as it
+/// was; also when memory runs out while loading, or when that was cancelled: db then holds what was read so far.
+/// KRT_LARGE_DESIGN is not looked at.
+BX_API bool load_checked(BX_DB& db, const char* filename, content what, check_report& report,
+                         const check_options& options = {});
 
 /// What the bytes of a file hold, as far as they tell; database when both are possible.
 BX_API content detect_content(std::string_view bytes);
