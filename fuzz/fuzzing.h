@@ -51,14 +51,6 @@ inline bool ends_process(const std::function<void()>& work) {
   }
 }
 
-/// Inputs may ask for trees far larger than they are; what is tried has at most this many bytes in binary form.
-constexpr std::int64_t most_tree_bytes = 16 << 20;
-
-inline bool has_sensible_tree(const qelmodb::check_report& report) {
-  return report.instances < most_tree_bytes / 32 && report.wires < most_tree_bytes / 16 &&
-         32 * report.instances + 16 * report.wires <= most_tree_bytes;
-}
-
 inline std::string dumped(const BX_DB& db, qelmodb::form as, qelmodb::content what) {
   UT_MEMFILE file;
   FUZZ_REQUIRE(qelmodb::dump(db, file, as, what));

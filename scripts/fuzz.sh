@@ -15,7 +15,7 @@ need_packages $build_packages $fuzz_packages
 
 seconds=$1
 shift
-all="load_text load_binary load_compressed load_text_grid load_binary_grid check records chain description"
+all="load_text load_binary load_compressed load_text_grid load_binary_grid check records chain tree description"
 # shellcheck disable=SC2086
 [ $# -gt 0 ] || set -- $all
 
@@ -39,7 +39,7 @@ for target in "$@"; do
   verdict=
   # shellcheck disable=SC2086
   "build/fuzz/bin/fuzz_$target" -max_total_time="$seconds" -timeout=20 -rss_limit_mb=2048 -max_len=8192 \
-    -print_final_stats=1 -dict="$dictionary" -artifact_prefix="build/fuzz/found/$target-" "$kept" $seeds \
+    -entropic=0 -print_final_stats=1 -dict="$dictionary" -artifact_prefix="build/fuzz/found/$target-" "$kept" $seeds \
     >"$log" 2>&1 || {
     verdict="broken: see $log"
     status=1

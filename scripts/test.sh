@@ -4,8 +4,8 @@
 
 # Installs what is missing, builds, and runs all tests.
 #
-#   scripts/test.sh [PRESET...]     presets of CMakePresets.json; "release" when none is given.
-#                                   That for Windows runs under Wine
+#   scripts/test.sh [PRESET[:PROGRAM]...]     presets of CMakePresets.json, with sanitizers also one test program of
+#                                             theirs; "release" when none is given. That for Windows runs under Wine
 set -eu
 cd "$(dirname "$0")/.."
 . scripts/packages.sh
@@ -34,18 +34,20 @@ test_windows() {
   exec 9>&-
 }
 
-for preset in "$@"; do
-  echo "== $preset"
+for each in "$@"; do
+  echo "== $each"
+  preset=${each%%:*}
+  program=$(expr "$each" : '[^:]*:\(.*\)' || true)
   if [ "$preset" = windows ]; then
     # shellcheck disable=SC2086
     need_packages $windows_packages
     # The two systems' tools exchange files.
     build release bxdb
   fi
-  build "$preset"
+  build "$preset" "$program"
   if [ "$preset" = windows ]; then
     test_windows
   else
-    ctest --preset "$preset" -j "$jobs"
+    ctest --preset "$preset" -j "$jobs" ${program:+-R "^${program}_"}
   fi
 done
