@@ -8,14 +8,14 @@
 namespace {
 
 // Outlives all other static objects, which may still use a database while the process ends.
-NP_DEVCACHE& built_in() {
+NP_DEVCACHE& built_in_cache() {
   static NP_DEVCACHE* const cache = new NP_DEVCACHE;
   return *cache;
 }
 
 }  // namespace
 
-NP_DEVCACHE* np_devcache = &built_in();
+NP_DEVCACHE* np_devcache = &built_in_cache();
 
 NP_DEVCACHE::NP_DEVCACHE() = default;
 NP_DEVCACHE::~NP_DEVCACHE() = default;

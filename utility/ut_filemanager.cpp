@@ -12,19 +12,19 @@ namespace {
 
 // The object outlives all other static objects, which may still load and dump while the process ends;
 // what was left open by then is closed all the same.
-UT_FILEMANAGER& built_in() {
+UT_FILEMANAGER& built_in_files() {
   static UT_FILEMANAGER* const manager = new UT_FILEMANAGER;
   return *manager;
 }
 
 struct closer {
-  ~closer() { built_in().close_left(); }
+  ~closer() { built_in_files().close_left(); }
 };
 const closer at_exit;
 
 }  // namespace
 
-UT_FILEMANAGER* ut_file = &built_in();
+UT_FILEMANAGER* ut_file = &built_in_files();
 
 UT_FILEMANAGER::UT_FILEMANAGER() = default;
 

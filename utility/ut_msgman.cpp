@@ -19,7 +19,7 @@ union forever {
   ~forever() {}
   UT_MSGMAN manager;
 };
-constinit forever built_in;
+constinit forever built_in_manager;
 
 // A client of a DLL may have a std::endl of its own, with another address.
 bool ends_lines(std::ostream& (*manipulator)(std::ostream&)) {
@@ -44,7 +44,7 @@ std::string printable(const char* text) {
 
 }  // namespace
 
-constinit UT_MSGMAN* ut_msgman = &built_in.manager;
+constinit UT_MSGMAN* ut_msgman = &built_in_manager.manager;
 
 UT_MSGMAN::~UT_MSGMAN() = default;
 
