@@ -30,6 +30,26 @@ std::string folder_of(const std::string& path) {
   return slash == std::string::npos ? std::string() : path.substr(0, slash + 1);
 }
 
+// Makes a call again when a signal interrupted it before it did anything.
+template <class Call>
+auto uninterrupted(Call call) noexcept {
+  for (;;) {
+    const auto result = call();
+    if (result >= 0 || errno != EINTR) return result;
+  }
+}
+
+int open_file(const char* path, int flags) noexcept {
+  return uninterrupted([&] { return ::open(path, flags | O_CLOEXEC, 0666); });
+}
+
+bool sync_file(int handle) noexcept {
+  return uninterrupted([&] { return ::fsync(handle); }) == 0;
+}
+
+// Interrupted it closes all the same, and another thread may have a file of this number by then.
+bool close_file(int handle) noexcept { return ::close(handle) == 0 || errno == EINTR; }
+
 // The file that a name leads to behind symbolic links, whether or not it exists.
 std::string resolved(std::string name) {
   constexpr int most_links = 40;
@@ -49,7 +69,7 @@ int create_temporary(const std::string& target, std::string& path) {
   static std::atomic<unsigned> counter{0};
   for (int attempt = 0; attempt < 10000; ++attempt) {
     path = folder_of(target) + ".qelmodb-" + std::to_string(::getpid()) + "-" + std::to_string(counter++) + ".tmp";
-    const int handle = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    const int handle = open_file(path.c_str(), O_WRONLY | O_CREAT | O_EXCL);
     if (handle >= 0 || errno != EEXIST) return handle;
   }
   return -1;
@@ -57,10 +77,10 @@ int create_temporary(const std::string& target, std::string& path) {
 
 void sync_folder(const std::string& target) {
   const std::string folder = folder_of(target);
-  const int handle = ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  const int handle = open_file(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY);
   if (handle < 0) return;
-  ::fsync(handle);  // best effort: some file systems cannot sync a folder
-  ::close(handle);
+  sync_file(handle);  // best effort: some file systems cannot sync a folder
+  close_file(handle);
 }
 
 int descriptor(std::intptr_t handle) noexcept { return static_cast<int>(handle); }
@@ -68,7 +88,7 @@ int descriptor(std::intptr_t handle) noexcept { return static_cast<int>(handle);
 }  // namespace
 
 std::unique_ptr<UT_OSFILE> UT_OSFILE::open_read(const std::string& name, fault& why) {
-  const int handle = ::open(name.c_str(), O_RDONLY | O_CLOEXEC);
+  const int handle = open_file(name.c_str(), O_RDONLY);
   if (handle < 0) return refuse(why, name, "cannot open for reading", errno);
   std::unique_ptr<UT_OSFILE> file(new UT_OSFILE(handle, name));
   struct stat status {};
@@ -88,7 +108,7 @@ std::unique_ptr<UT_OSFILE> UT_OSFILE::open_write(const std::string& name, bool r
   if (exists && S_ISDIR(status.st_mode)) return refuse(why, name, what, EISDIR);
   if (exists && ::access(target.c_str(), W_OK) != 0) return refuse(why, name, what, errno);
   if (!replace || (exists && !S_ISREG(status.st_mode))) {
-    const int handle = ::open(target.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    const int handle = open_file(target.c_str(), O_WRONLY | O_CREAT | O_TRUNC);
     if (handle < 0) return refuse(why, name, what, errno);
     return std::unique_ptr<UT_OSFILE>(new UT_OSFILE(handle, name));
   }
@@ -103,26 +123,21 @@ std::unique_ptr<UT_OSFILE> UT_OSFILE::open_write(const std::string& name, bool r
 }
 
 UT_OSFILE::~UT_OSFILE() {
-  if (handle_ >= 0) ::close(descriptor(handle_));
+  if (handle_ >= 0) close_file(descriptor(handle_));
   if (!temporary_.empty()) ::unlink(temporary_.c_str());
 }
 
 std::size_t UT_OSFILE::read(void* bytes, std::size_t count) noexcept {
-  for (;;) {
-    const ssize_t got = ::read(descriptor(handle_), bytes, count);
-    if (got >= 0) {
-      read_ += got;
-      return static_cast<std::size_t>(got);
-    }
-    if (errno != EINTR) return 0;
-  }
+  const ssize_t got = uninterrupted([&] { return ::read(descriptor(handle_), bytes, count); });
+  if (got <= 0) return 0;
+  read_ += got;
+  return static_cast<std::size_t>(got);
 }
 
 bool UT_OSFILE::write(const void* bytes, std::size_t count) noexcept {
   const char* from = static_cast<const char*>(bytes);
   while (count != 0) {
-    const ssize_t put = ::write(descriptor(handle_), from, count);
-    if (put < 0 && errno == EINTR) continue;
+    const ssize_t put = uninterrupted([&] { return ::write(descriptor(handle_), from, count); });
     if (put <= 0) {
       if (write_fault_ == 0) write_fault_ = put < 0 ? errno : ENOSPC;
       return false;
@@ -137,9 +152,9 @@ bool UT_OSFILE::commit(fault& why) {
   const bool in_place = temporary_.empty();
   // A pipe or a device cannot be synced; that is no fault.
   const bool synced =
-      ::fsync(descriptor(handle_)) == 0 || (in_place && (errno == EINVAL || errno == EROFS || errno == ENOTSUP));
+      sync_file(descriptor(handle_)) || (in_place && (errno == EINVAL || errno == EROFS || errno == ENOTSUP));
   const int sync_error = errno;
-  const bool closed = ::close(descriptor(handle_)) == 0;
+  const bool closed = close_file(descriptor(handle_));
   const int error = synced ? errno : sync_error;
   handle_ = -1;
   if (!synced || !closed) {
