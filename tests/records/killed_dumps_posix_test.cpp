@@ -13,6 +13,7 @@
 #include <chrono>
 #include <map>
 #include <random>
+#include <stdexcept>
 #include <thread>
 
 #include "replaced_file.h"
@@ -140,8 +141,8 @@ class KilledDumpsAtAnyTime : public KilledDumps {
     void* memory = mmap(nullptr, sizeof(shared_state), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
     ASSERT_NE(memory, MAP_FAILED);
     state_ = new (memory) shared_state;
-    fill(one_, "A", 9000);
-    fill(other_, "B", 12000);
+    fill(one_, "A", 3000);
+    fill(other_, "B", 4000);
     for (BX_DB* db : {&one_, &other_}) {
       ASSERT_EQ(db->dump(target_.c_str(), false), 1);
       wholes_.push_back(test::read_file(target_));
@@ -165,14 +166,20 @@ class KilledDumpsAtAnyTime : public KilledDumps {
     }
   }
 
+  template <class Happened>
+  static void wait_until(Happened happened) {
+    const auto latest = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (!happened()) ASSERT_LT(std::chrono::steady_clock::now(), latest);
+  }
+
   /// Kills such a process when wait returns; gives what it was doing.
   template <class Wait>
   int kill_one(Wait wait) {
     state_->doing = between_dumps;
     const pid_t child = fork();
     if (child == 0) dump_for_ever();
-    EXPECT_GT(child, 0);
-    while (state_->doing == between_dumps) std::this_thread::yield();
+    if (child < 0) throw std::runtime_error("cannot fork");
+    wait_until([this] { return state_->doing != between_dumps; });
     wait();
     kill(child, SIGKILL);
     int status = 0;
@@ -203,12 +210,9 @@ TEST_F(KilledDumpsAtAnyTime, LeaveOneOfTheTwoFilesWhole) {
   }
   // Some calls are too short to be met by chance: these wait for one and kill at once.
   const auto wait_for = [&](file_call what) {
-    return [this, what] {
-      while (state_->doing != static_cast<int>(what)) {
-      }
-    };
+    return [this, what] { wait_until([&] { return state_->doing == static_cast<int>(what); }); };
   };
-  for (int i = 0; i < 30; ++i) {
+  for (int i = 0; i < 12; ++i) {
     for (const file_call what : {file_call::write, file_call::sync, file_call::rename})
       ++kills[kill_one(wait_for(what))];
   }
