@@ -1,64 +1,13 @@
 // SPDX-FileCopyrightText: The qelmodb authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What must not allocate: lookups, and naming what is named already. Every allocation of the process is
-// counted while a count is on.
+// What must not allocate: lookups, and naming what is named already.
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <cstdlib>
 #include <memory>
 
 #include "exposed.h"
-
-namespace {
-
-std::atomic<bool> counting{false};
-std::atomic<long> allocations{0};
-
-void count_one() {
-  if (counting.load(std::memory_order_relaxed)) ++allocations;
-}
-
-}  // namespace
-
-#if defined(__SANITIZE_ADDRESS__)
-extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*allocated)(const volatile void*, std::size_t),
-                                                         void (*freed)(const volatile void*));
-
-namespace {
-
-const bool hooked = __sanitizer_install_malloc_and_free_hooks([](const volatile void*, std::size_t) { count_one(); },
-                                                              [](const volatile void*) {}) != 0;
-
-}  // namespace
-#else
-// Stand before those of the C library, for the shared library too.
-extern "C" {
-void* __libc_malloc(std::size_t size);
-void* __libc_calloc(std::size_t count, std::size_t size);
-void* __libc_realloc(void* block, std::size_t size);
-
-void* malloc(std::size_t size) noexcept {
-  count_one();
-  return __libc_malloc(size);
-}
-void* calloc(std::size_t count, std::size_t size) noexcept {
-  count_one();
-  return __libc_calloc(count, size);
-}
-void* realloc(void* block, std::size_t size) noexcept {
-  count_one();
-  return __libc_realloc(block, size);
-}
-}
-
-namespace {
-
-constexpr bool hooked = true;
-
-}  // namespace
-#endif
+#include "failing_memory.h"
 
 namespace {
 
@@ -66,17 +15,14 @@ using test::add;
 
 template <class Action>
 long allocations_of(Action action) {
-  allocations = 0;
-  counting = true;
+  const test::allocation_watch watch;
   action();
-  counting = false;
-  return allocations;
+  return test::allocation_watch::made();
 }
 
 class Allocation : public testing::Test {
  protected:
   void SetUp() override {
-    ASSERT_TRUE(hooked);
     ASSERT_GT(allocations_of([] { test::intern(*std::make_unique<BX_DB>(), "A"); }), 0) << "the count must count";
   }
 };
