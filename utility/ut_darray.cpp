@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <new>
+#include <utility>
 
 #include "ut_msgman.h"
 
@@ -26,6 +27,13 @@ void UT_BASE_ARRAY::empty() noexcept {
   count_ = 0;
   capacity_ = 0;
   step_ = std::abs(step_);
+}
+
+void UT_BASE_ARRAY::swap_with(UT_BASE_ARRAY& other) noexcept {
+  std::swap(data_, other.data_);
+  std::swap(count_, other.count_);
+  std::swap(capacity_, other.capacity_);
+  std::swap(step_, other.step_);
 }
 
 void UT_BASE_ARRAY::own(std::size_t size) {

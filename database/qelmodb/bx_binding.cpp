@@ -10,50 +10,89 @@
 #include "qelmoext.h"
 #include "ut_string.h"
 
-namespace {
-
-char* name_in(BX_DB* db, bx_name_store* store, const char* old) {
-  if (old == nullptr) return nullptr;
-  return db != nullptr ? store->intern(old) : ut_strdup(old);
-}
-
-}  // namespace
-
-// Names one instance anew. What was private when it joins a database: its wires' names are freed, but its
-// own name stays valid, because clients hold on to the name by which they made the instance; the database
-// keeps it. An instance that leaves a database frees nothing: the strings are that database's.
-void BX_INSTANCE::rebind(BX_DB* db) {
-  const bool was_alone = top == nullptr;
-  bx_name_store* store = db != nullptr ? db->store_ : nullptr;
-
-  char* new_name = name_in(db, store, name);
-  if (was_alone && store != nullptr && !nameborrowed) store->keep(name);
-  name = new_name;
-  if (db == nullptr) nameborrowed = false;
-
-  // Storage that a load made for many lists stays with the database that was loaded.
-  wires.a_own();
-  instances.a_own();
-  for (BX_WIRE& wire : wires) {
-    char* old = wire.name;
-    wire.name = name_in(db, store, old);
-    if (was_alone && !wire.nameborrowed) std::free(old);
-    if (db == nullptr) wire.nameborrowed = false;
+// A subtree on its way into a database, or out of one. Everything that may fail is done first, and leaves the subtree
+// as it was: names in the database's table that nobody uses are no harm.
+class BX_INSTANCE::binding {
+ public:
+  binding(BX_INSTANCE& root, BX_DB* db) : db_(db), store_(db != nullptr ? &bx_access::names(*db) : nullptr) {
+    std::vector<BX_INSTANCE*> pending{&root};
+    while (!pending.empty()) {
+      BX_INSTANCE* inst = pending.back();
+      pending.pop_back();
+      instances_.push_back(inst);
+      for (BX_INSTANCE* child : inst->instances) {
+        if (child != nullptr && child->top != db) pending.push_back(child);
+      }
+    }
   }
-}
+  binding(const binding&) = delete;
+  binding& operator=(const binding&) = delete;
+
+  // Names that were copied and found no place.
+  ~binding() {
+    if (db_ != nullptr) return;
+    for (char* copy : names_) std::free(copy);
+  }
+
+  void prepare() {
+    std::size_t names = 0;
+    for (BX_INSTANCE* inst : instances_) {
+      // Storage that a load made for many lists stays with the database that was loaded.
+      inst->wires.a_own();
+      inst->instances.a_own();
+      names += 1 + static_cast<std::size_t>(inst->wires.getcount());
+    }
+    names_.reserve(names);
+    if (store_ != nullptr) store_->prepare_to_keep(instances_.size());
+    for (const BX_INSTANCE* inst : instances_) {
+      prepare_name(inst->name);
+      for (const BX_WIRE& wire : inst->wires) prepare_name(wire.name);
+    }
+  }
+
+  void commit() noexcept {
+    std::size_t next = 0;
+    for (BX_INSTANCE* inst : instances_) next = rebind(*inst, next);
+    names_.clear();
+  }
+
+ private:
+  void prepare_name(const char* old) {
+    if (old == nullptr) {
+      names_.push_back(nullptr);
+    } else {
+      names_.push_back(store_ != nullptr ? store_->intern(old) : ut_strdup(old));
+    }
+  }
+
+  // Names one instance anew. What was private when it joins a database: its wires' names are freed, but its own name
+  // stays valid, because clients hold on to the name by which they made the instance; the database keeps it. An
+  // instance that leaves a database frees nothing: the strings are that database's.
+  std::size_t rebind(BX_INSTANCE& inst, std::size_t next) noexcept {
+    const bool was_alone = inst.top == nullptr;
+    if (was_alone && store_ != nullptr && !inst.nameborrowed) store_->keep(inst.name);
+    inst.name = names_[next++];
+    if (db_ == nullptr) inst.nameborrowed = false;
+    for (BX_WIRE& wire : inst.wires) {
+      if (was_alone && !wire.nameborrowed) std::free(wire.name);
+      wire.name = names_[next++];
+      if (db_ == nullptr) wire.nameborrowed = false;
+    }
+    inst.top = db_;
+    return next;
+  }
+
+  BX_DB* db_;
+  bx_name_store* store_;
+  std::vector<BX_INSTANCE*> instances_;
+  std::vector<char*> names_;  // of all instances and their wires, in their order
+};
 
 void BX_INSTANCE::settoplevel(BX_DB* db) {
   if (db == top) return;
   std::optional<qelmodb::name_batch> batch;
   if (db != nullptr) batch.emplace(*db);
-  std::vector<BX_INSTANCE*> pending{this};
-  while (!pending.empty()) {
-    BX_INSTANCE* inst = pending.back();
-    pending.pop_back();
-    inst->rebind(db);
-    inst->top = db;
-    for (BX_INSTANCE* child : inst->instances) {
-      if (child != nullptr && child->top != db) pending.push_back(child);
-    }
-  }
+  binding bound(*this, db);
+  bound.prepare();
+  bound.commit();
 }

@@ -3,6 +3,7 @@
 
 #include "bx_db.h"
 
+#include <memory>
 #include <new>
 
 #include "bx_access.h"
@@ -10,6 +11,16 @@
 #include "ut_arith.h"
 
 bx_long BX_DB::MPAR_FLOW = 0;
+
+namespace {
+
+std::unique_ptr<bx_name_store> store_with(DARRAY_NAME& table, char* name) {
+  auto store = std::make_unique<bx_name_store>(table);
+  store->keep(name);
+  return store;
+}
+
+}  // namespace
 
 BX_DB::BX_DB() : BX_DB(nullptr, 0, 0, 0, 0) {
   numinst = 0;
@@ -22,8 +33,7 @@ BX_DB::BX_DB(const char* db_name, bx_long x1, bx_long y1, bx_long x2, bx_long y2
       grid(nullptr),
       device(nullptr),
       basicasstemplate(nullptr),
-      store_(new bx_name_store(names)) {
-  store_->keep(name);
+      store_(store_with(names, name).release()) {
   top = this;
 }
 

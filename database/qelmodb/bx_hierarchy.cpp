@@ -3,6 +3,7 @@
 
 // Breaking up long child lists.
 #include <algorithm>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
@@ -47,35 +48,93 @@ bx_long present_children(const BX_INSTANCE& inst) {
 
 }  // namespace
 
-// Moves the children, in their order, into groups, and the groups into this instance.
-void BX_INSTANCE::regroup_children(bx_long present) {
-  const bx_long size = group_size(present);
-  std::vector<BX_INSTANCE*> groups;
-  groups.reserve(static_cast<std::size_t>(size));
-  BX_INSTANCE* group = nullptr;
-  bx_long left_in_group = 0;
-  for (BX_INSTANCE*& child : instances) {
-    if (child == nullptr) continue;
-    if (left_in_group == 0) {
-      const std::string text = group_name(static_cast<bx_long>(groups.size()), name);
-      auto fresh = std::make_unique<BX_INSTANCE>(nullptr, child->xmin, child->ymin, child->xmax, child->ymax);
-      fresh->name = top != nullptr ? top->getcachedname(text.c_str()) : ut_strdup(text.c_str());
-      fresh->top = top;
-      group = fresh.release();
-      groups.push_back(group);
-      left_in_group = size;
-    }
-    group->addinstance(child);
-    child = nullptr;
-    --left_in_group;
+// The children of an instance on their way into groups, and the groups into the instance. Until all is done the
+// instance has its children as before.
+class BX_INSTANCE::regrouping {
+ public:
+  explicit regrouping(BX_INSTANCE& parent) : parent_(parent), changed_(nullptr, 0, 0, 0, 0) {
+    static_cast<UT_EXTREMA&>(changed_) = parent;
+    changed_.top = parent.top;
+    children_.reserve(static_cast<std::size_t>(parent.instances.getcount()));
+    std::copy_if(parent.instances.begin(), parent.instances.end(), std::back_inserter(children_),
+                 [](const BX_INSTANCE* child) { return child != nullptr; });
+    std::sort(children_.begin(), children_.end());
   }
-  instances.empty();
-  note_child_order();
-  for (BX_INSTANCE* made : groups) addinstance(made);
+  regrouping(const regrouping&) = delete;
+  regrouping& operator=(const regrouping&) = delete;
+  ~regrouping() {
+    for (const std::unique_ptr<BX_INSTANCE>& group : groups_) {
+      if (group != nullptr) let_go(*group);
+    }
+    let_go(changed_);
+  }
+
+  void make_groups(bx_long size) {
+    groups_.reserve(static_cast<std::size_t>(size));
+    bx_long left_in_group = 0;
+    for (BX_INSTANCE* child : parent_.instances) {
+      if (child == nullptr) continue;
+      if (left_in_group == 0) {
+        groups_.push_back(group_for(*child));
+        left_in_group = size;
+      }
+      groups_.back()->addinstance(child);
+      --left_in_group;
+    }
+    for (std::unique_ptr<BX_INSTANCE>& group : groups_) {
+      changed_.addinstance(group.get());
+      static_cast<void>(group.release());
+    }
+  }
+
+  void commit() noexcept {
+    parent_.instances.a_swap(changed_.instances);
+    static_cast<UT_EXTREMA&>(parent_) = changed_;
+    parent_.note_child_order();
+  }
+
+ private:
+  std::unique_ptr<BX_INSTANCE> group_for(const BX_INSTANCE& first) const {
+    BX_DB* const db = parent_.top;
+    const std::string text = group_name(static_cast<bx_long>(groups_.size()), parent_.name);
+    auto fresh = std::make_unique<BX_INSTANCE>(nullptr, first.xmin, first.ymin, first.xmax, first.ymax);
+    fresh->name = db != nullptr ? db->getcachedname(text.c_str()) : ut_strdup(text.c_str());
+    fresh->top = db;
+    return fresh;
+  }
+
+  // Takes the children out of what was made for them. Below an instance there are a group, and columns made by adding.
+  void let_go(BX_INSTANCE& made) noexcept {
+    for (BX_INSTANCE* below : made.instances) {
+      if (below == nullptr || std::binary_search(children_.begin(), children_.end(), below)) continue;
+      let_go(*below);
+      delete below;
+    }
+    made.instances.empty();
+  }
+
+  BX_INSTANCE& parent_;
+  std::vector<BX_INSTANCE*> children_;  // by address
+  std::vector<std::unique_ptr<BX_INSTANCE>> groups_;
+  BX_INSTANCE changed_;  // what the parent will be: its rectangle and children
+};
+
+void BX_INSTANCE::regroup_children(bx_long present) {
+  regrouping groups(*this);
+  groups.make_groups(group_size(present));
+  groups.commit();
 }
 
 void BX_INSTANCE::convert_hierarchy() {
-  const bx_long left_edge = xmin;
+  // Where the work ends early, the order of any list may be another than it was known to be.
+  struct edge_watch {
+    const BX_INSTANCE& root;
+    const bx_long left_edge;
+    bool done = false;
+    ~edge_watch() {
+      if (!done || root.xmin != left_edge) ++bx_left_edges_moved;
+    }
+  } edges{*this, xmin};
   std::vector<visit> path;
   auto enter = [&path](BX_INSTANCE* inst) {
     const bx_long present = present_children(*inst);
@@ -95,5 +154,5 @@ void BX_INSTANCE::convert_hierarchy() {
     path.pop_back();
     if (!path.empty()) widen(*path.back().inst, *inst);
   }
-  if (xmin != left_edge) ++bx_left_edges_moved;
+  edges.done = true;
 }

@@ -113,14 +113,18 @@ void BX_INSTANCE::addinstance(BX_INSTANCE* inst) {
     auto fresh = std::make_unique<BX_INSTANCE>(nullptr, inst->xmin, inst->ymin, inst->xmax, inst->ymax);
     fresh->name = top != nullptr ? top->getcachedname(column_name.c_str()) : ut_strdup(column_name.c_str());
     fresh->top = top;
-    column = fresh.get();
+    instances.a_makeroom();
+    fresh->attach(inst);
+    column = fresh.release();
     instances.a_sortadd(&column, bx_compare_children);
-    static_cast<void>(fresh.release());
+    return;
   }
   column->attach(inst);
 }
 
 void BX_INSTANCE::attach(BX_INSTANCE* inst) {
+  instances.a_makeroom();
+  inst->settoplevel(top);
   instances.a_sortadd(&inst, bx_compare_children);
   xmax = std::max(xmax, inst->xmax);
   ymin = std::min(ymin, inst->ymin);
@@ -130,7 +134,6 @@ void BX_INSTANCE::attach(BX_INSTANCE* inst) {
     xmin = inst->xmin;
     ++bx_left_edges_moved;
   }
-  inst->settoplevel(top);
 }
 
 void BX_INSTANCE::note_child_order() noexcept {

@@ -79,6 +79,7 @@ void bx_name_store::refresh() {
   const bx_long count = table_.getcount();
   if (indexed_ == count) return;
   owned_valid_ = false;
+  indexed_ = -1;  // until all is done
   slots_.clear();
   used_ = 0;
   ascending_ = true;
@@ -141,11 +142,19 @@ void bx_name_store::close_batch() {
 void bx_name_store::keep(char* string) {
   if (string == nullptr) return;
   kept_.push_back(string);
-  if (owned_valid_) owned_.insert(string);
+  try {
+    if (owned_valid_) owned_.insert(string);
+  } catch (const std::bad_alloc&) {
+    owned_valid_ = false;
+  }
 }
 
-void bx_name_store::keep_table() {
-  kept_.reserve(kept_.size() + static_cast<std::size_t>(table_.getcount()));
+void bx_name_store::prepare_to_keep(std::size_t strings) {
+  const std::size_t needed = kept_.size() + strings;
+  if (needed > kept_.capacity()) kept_.reserve(std::max(needed, 2 * kept_.capacity()));
+}
+
+void bx_name_store::keep_table() noexcept {
   for (char* string : table_) {
     if (string != nullptr) kept_.push_back(string);
   }

@@ -53,8 +53,11 @@ class bx_name_store {
   /// Keeps the cell lists of a grid likewise.
   void keep(std::unique_ptr<DARRAY_BX_INSTPTR[]> lists) { kept_lists_.push_back(std::move(lists)); }
 
-  /// Moves all strings of the table to those kept, and empties it.
-  void keep_table();
+  /// Makes room for so many strings more: keeping these does not throw.
+  void prepare_to_keep(std::size_t strings);
+
+  /// Moves all strings of the table to those kept, and empties it. Room was made.
+  void keep_table() noexcept;
 
   /// While a load is under way, where its instances and lists are stored; null otherwise.
   bx_load_storage* loading = nullptr;
@@ -64,6 +67,9 @@ class bx_name_store {
 
   /// Borrowed; null unless the database is being compressed.
   bx_compression_aids* aids = nullptr;
+
+  /// The last compressing did not come to its end.
+  bool half_compressed = false;
 
   /// Whether the table or the kept strings hold this very string.
   bool owns(const char* string);

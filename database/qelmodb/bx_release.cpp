@@ -4,6 +4,7 @@
 // Destruction: which names are freed, and how a tree of any depth goes without recursion.
 #include <algorithm>
 #include <cstdlib>
+#include <new>
 #include <vector>
 
 #include "bx_access.h"
@@ -20,10 +21,14 @@ class BX_INSTANCE::name_releaser {
   name_releaser(const name_releaser&) = delete;
   name_releaser& operator=(const name_releaser&) = delete;
 
-  void take(char*& string, BX_DB* owner) {
-    if (string == nullptr || (owner != nullptr && bx_access::names(*owner).owns(string))) return;
-    strings_.push_back(string);
-    string = nullptr;
+  // What there is no memory to remember is not freed.
+  void take(char*& string, BX_DB* owner) noexcept {
+    try {
+      if (string == nullptr || (owner != nullptr && bx_access::names(*owner).owns(string))) return;
+      strings_.push_back(string);
+      string = nullptr;
+    } catch (const std::bad_alloc&) {
+    }
   }
 
   ~name_releaser() {
@@ -108,9 +113,11 @@ void BX_DB::release_templates() {
   asstemplates.clear();
   delete basicasstemplate;
   basicasstemplate = nullptr;
+  store_->half_compressed = false;
 }
 
 void BX_DB::release_content() {
+  store_->prepare_to_keep(1 + static_cast<std::size_t>(names.getcount()));  // from here on nothing fails
   delete grid;
   grid = nullptr;
   release_templates();

@@ -4,14 +4,18 @@
 #include "bx_wire_name_index.h"
 
 #include <cstdlib>
+#include <new>
 #include <unordered_map>
 
 namespace {
 
+using name_numbers = std::unordered_map<const void*, int>;
+
 // Never destroyed: databases among the static objects of a client still withdraw their names while the process
-// ends.
-std::unordered_map<const void*, int>& numbers() {
-  static auto* const index = new std::unordered_map<const void*, int>;
+// ends. Nor allocated: the first to ask may be a destructor.
+name_numbers& numbers() {
+  alignas(name_numbers) static unsigned char storage[sizeof(name_numbers)];
+  static auto* const index = new (storage) name_numbers;
   return *index;
 }
 

@@ -55,6 +55,7 @@ class BX_API UT_BASE_ARRAY {
   /// Moves out of storage that is not the array's own.
   void own(std::size_t size);
   bool owns_storage() const noexcept { return step_ > 0; }
+  void swap_with(UT_BASE_ARRAY& other) noexcept;
 
   void* data_ = nullptr;
   bx_long count_ = 0;
@@ -105,8 +106,17 @@ class UT_DARRAY : public UT_BASE_ARRAY {
   /// std::bad_alloc.
   void a_reserve(bx_long count) { reserve_exactly(count, sizeof(T)); }
 
-  /// The same in storage for count elements that somebody else owns and keeps for as long as the array does not
-  /// grow beyond it, is not emptied and not destroyed. Nothing happens to an array that has storage. See a_own.
+  /// Makes room for one more element: the next one that is added finds storage. Throws std::bad_alloc.
+  void a_makeroom() {
+    if (count_ == capacity_) grow_for(count_ + 1, sizeof(T));
+  }
+
+  /// Exchanges the elements, and the storage they lie in.
+  void a_swap(UT_DARRAY& other) noexcept { swap_with(other); }
+
+  /// The same as a_reserve in storage for count elements that somebody else owns and keeps for as long as the array
+  /// does not grow beyond it, is not emptied and not destroyed. Nothing happens to an array that has storage. See
+  /// a_own.
   void a_borrow(void* storage, bx_long count) noexcept {
     if (data_ != nullptr) return;
     data_ = storage;
@@ -203,7 +213,7 @@ class UT_DARRAY : public UT_BASE_ARRAY {
     // The element may lie in this array, whose storage is about to move: copy its bytes first.
     alignas(T) unsigned char copy[sizeof(T)];
     std::memcpy(copy, static_cast<const void*>(element), sizeof(T));
-    if (count_ == capacity_) grow_for(count_ + 1, sizeof(T));
+    a_makeroom();
     T* place = elements() + at;
     if (at < count_) {
       std::memmove(static_cast<void*>(place + 1), static_cast<const void*>(place),

@@ -103,14 +103,15 @@ class BX_API BX_INSTANCE : public BX_EXTREMA {
   /// Gives this instance and its subtree the names and wires of the templates they refer to, all borrowed; of a
   /// longer list of wires the rest stays. Nothing is released. An instance whose reference leads nowhere stays as
   /// it is. Called by a load of a compressed file. Ends the process through the message manager when a template
-  /// does not cover an instance's column or row. Needs no stack for deep trees.
+  /// does not cover an instance's column or row. Needs no stack for deep trees. Throws std::bad_alloc; some instances
+  /// then lack names, wires, or the names of wires, which restoring again brings.
   void restore();
 
   // ---- change
 
   /// Adds a copy of the wire behind all wires whose names do not sort after its own; duplicates
   /// are kept. The caller keeps w. Addresses of this instance's wires become invalid.
-  /// O(log n) comparisons and a move of the wires behind it.
+  /// O(log n) comparisons and a move of the wires behind it. Throws std::bad_alloc, and then nothing has changed.
   void addwire(const BX_WIRE* w);
 
   /// Takes ownership of inst, which has no parent yet, and binds its subtree to this instance's
@@ -121,13 +122,17 @@ class BX_API BX_INSTANCE : public BX_EXTREMA {
   /// first child with that left edge, or else a new child named "BXD__" and the name of inst. This
   /// instance is widened only by its own children, not by theirs; see convert_hierarchy.
   ///
+  /// Throws std::bad_alloc; inst is then the caller's still, and nothing has changed but that names may have been
+  /// added to the database's table.
+  ///
   /// Cost: O(log n), plus a move of the children behind it, plus the binding.
   void addinstance(BX_INSTANCE* inst);
 
   /// Breaks up child lists of more than 40 entries, in the whole subtree: consecutive children, about
   /// the square root of their number at a time, move under new instances named "BXD", a number of
   /// four digits, "_" and the parent's name. Then widens every rectangle of the subtree over those of
-  /// its children. Null children are skipped. Needs no stack for deep trees.
+  /// its children. Null children are skipped. Needs no stack for deep trees. Throws std::bad_alloc; some lists are
+  /// broken up then and others are not, each as a whole, and rectangles may be as they were.
   void convert_hierarchy();
 
   // ---- look up in this instance; nothing is allocated
@@ -224,7 +229,8 @@ class BX_API BX_INSTANCE : public BX_EXTREMA {
 
  protected:
   /// Binds the subtree to a database, or with null out of one: every name becomes the database's
-  /// interned string or a private copy. Nothing happens to an instance that is bound there already.
+  /// interned string or a private copy. Nothing happens to an instance that is bound there already. Throws
+  /// std::bad_alloc, and then the subtree is what it was.
   void settoplevel(BX_DB* db);
 
   /// Store a template reference. An index that is negative or above 32767 ends the process through the message
@@ -239,13 +245,14 @@ class BX_API BX_INSTANCE : public BX_EXTREMA {
   friend struct bx_access;
 
   class name_releaser;
+  class binding;
+  class regrouping;
 
   BX_INSTANCE* find_column(bx_long x, bool& met_null) noexcept;
   void attach(BX_INSTANCE* inst);
   void release_names(name_releaser& releaser);
   void destroy_children(name_releaser& releaser);
   void destroy_subtree();
-  void rebind(BX_DB* db);
   void regroup_children(bx_long present);
   int wire_list_number();
   void refer_to_template();
