@@ -45,7 +45,7 @@ unsigned char BX_INSTANCE::readcompress(UT_PTRFILE* file) {
 }
 
 unsigned char BX_DB::writecompress(UT_PTRFILE* file) {
-  if (basicasstemplate == nullptr) return 0;
+  if (basicasstemplate == nullptr || store_->half_compressed) return 0;
   BX_WIRE::resetCurrentXY();
   if (basicasstemplate->writeme_sm(file) == 0) return 0;
   bx_template_writer(*file).count("template count", static_cast<bx_long>(asstemplates.size()));
@@ -59,9 +59,8 @@ unsigned char BX_DB::readcompress(UT_PTRFILE* file) {
   release_templates();
   BX_WIRE::resetCurrentXY();
   basicasstemplate = new BASIC_ASS_TEMPLATE;
-  const bool good = basicasstemplate->readme_sm(file) != 0 && read_layouts(*file, asstemplates);
-  // Cutting names changed strings that may be this database's.
+  // Cutting names changes strings that may be this database's. Nothing is looked up meanwhile.
   store_->invalidate();
-  if (!good) return 0;
+  if (basicasstemplate->readme_sm(file) == 0 || !read_layouts(*file, asstemplates)) return 0;
   return BX_INSTANCE::readcompress(file);
 }

@@ -50,9 +50,22 @@ void BX_INSTANCE::compress() {
 }
 
 void BX_DB::compress() {
+  // Until all refer to their templates there is nothing to be written, whatever ends this.
+  struct undone {
+    BX_DB& db;
+    const bx_long instances = db.numinst;
+    const bx_long matrices = db.numbasicass;
+    ~undone() {
+      if (!db.store_->half_compressed) return;
+      db.numinst = instances;
+      db.numbasicass = matrices;
+    }
+  } const counted{*this};
+  store_->half_compressed = true;
   if (basicasstemplate == nullptr) basicasstemplate = new BASIC_ASS_TEMPLATE;
   basicasstemplate->buildme_sm(this);
   const bx_compression_aids aids(*this);
   set_non_basic_ass_tmpltidx(create_template());
   compress_children();
+  store_->half_compressed = false;
 }

@@ -15,10 +15,9 @@ unsigned char BX_INSTANCE::writeme(UT_PTRFILE* file) const {
 unsigned char BX_INSTANCE::readme(UT_PTRFILE* file) {
   drop_own_name();
   bx_binary_reader reader(*file);
-  const bool good = bx_read_tree(reader, *this, true);
-  // Cutting names changed strings that may be this database's.
+  // Cutting names changes strings that may be this database's. Nothing is looked up meanwhile.
   if (top != nullptr) bx_access::names(*top).invalidate();
-  return good ? 1 : 0;
+  return bx_read_tree(reader, *this, true) ? 1 : 0;
 }
 
 unsigned char BX_INSTANCE::writeme(UT_STREAM* file) const {

@@ -48,11 +48,25 @@ class wires_by_node {
 
 void bx_matrix_builder::build() {
   if (!collect() || !number_lines()) return;
-  place_tiles();
-  make_wire_templates();
-  if (!make_wire_lists()) return;
-  find_spans();
-  bx_fill_offsets(set_, tiles_);
+  const std::uint16_t former_count = set_.num_wire_template;
+  const std::size_t former_sets = set_.former_templates_.size();
+  WIRE_TEMPLATE_SM* const former = set_.wire_templates;
+  try {
+    place_tiles();
+    make_wire_templates();
+    if (!make_wire_lists()) return;
+    find_spans();
+    bx_fill_offsets(set_, tiles_);
+  } catch (...) {
+    // What instances refer to goes on being covered by the templates there were. New wire lists are no harm.
+    if (set_.wire_templates != former) delete[] set_.wire_templates;
+    set_.wire_templates = former;
+    set_.num_wire_template = former_count;
+    set_.former_templates_.resize(former_sets);
+    set_.colmap.swap(columns_);
+    set_.rowmap.swap(rows_);
+    throw;
+  }
 }
 
 bool bx_matrix_builder::collect() {
@@ -66,15 +80,15 @@ bool bx_matrix_builder::collect() {
 }
 
 bool bx_matrix_builder::number_lines() {
-  std::map<bx_long, std::uint16_t> columns = set_.colmap;
-  std::map<bx_long, std::uint16_t> rows = set_.rowmap;
+  columns_ = set_.colmap;
+  rows_ = set_.rowmap;
   for (const BX_INSTANCE* inst : matrices_) {
-    columns.emplace(inst->xmin, std::uint16_t{0});
-    rows.emplace(inst->ymin, std::uint16_t{0});
+    columns_.emplace(inst->xmin, std::uint16_t{0});
+    rows_.emplace(inst->ymin, std::uint16_t{0});
   }
-  if (!number_in_order(columns, "columns") || !number_in_order(rows, "rows")) return false;
-  set_.colmap.swap(columns);
-  set_.rowmap.swap(rows);
+  if (!number_in_order(columns_, "columns") || !number_in_order(rows_, "rows")) return false;
+  set_.colmap.swap(columns_);
+  set_.rowmap.swap(rows_);
   set_.name = model_->name;
   return true;
 }

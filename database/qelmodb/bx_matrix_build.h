@@ -5,6 +5,7 @@
 // over all places of the grid: a sparse one of 50 thousand columns and rows is no trouble.
 #pragma once
 
+#include <map>
 #include <memory>
 #include <vector>
 
@@ -34,5 +35,7 @@ class bx_matrix_builder {
   BX_DB& db_;
   BX_INSTANCE* model_ = nullptr;
   std::vector<BX_INSTANCE*> matrices_;
+  std::map<bx_long, std::uint16_t> columns_;  // those of the set before
+  std::map<bx_long, std::uint16_t> rows_;
   std::vector<tile> tiles_;  // by column, then row
 };

@@ -364,7 +364,12 @@ bool bx_read_tree(Reader& reader, BX_INSTANCE& root, int least_size, ReadHead re
     BX_INSTANCE* inst;
     bx_long left;
   };
-  std::vector<place> path;
+  // Whatever ends the reading, what was read is known to be in order or not.
+  struct open_places : std::vector<place> {
+    ~open_places() {
+      for (const place& open : *this) bx_access::note_child_order(*open.inst);
+    }
+  } path;
   auto enter = [&](BX_INSTANCE& inst) {
     if (!read_head(inst)) return false;
     bx_long count = 0;
@@ -393,7 +398,6 @@ bool bx_read_tree(Reader& reader, BX_INSTANCE& root, int least_size, ReadHead re
     path.pop_back();
     if (path.size() == 1 && done->top != root.top) bx_access::settoplevel(*done, root.top);
   }
-  for (const place& open : path) bx_access::note_child_order(*open.inst);
   return good;
 }
 

@@ -99,9 +99,9 @@ bx_wire_list_index::bx_wire_list_index(const BASIC_ASS_TEMPLATE& set, const std:
 int bx_wire_list_index::find(const BX_INSTANCE& inst) {
   const auto count = static_cast<std::size_t>(inst.getnumwires());
   if (count > bx_most_list_wires) return -1;
-  const auto [strings, is_new] = strings_.number_of(inst);
+  const std::uint32_t strings = strings_.number_of(inst).number;
   if (strings == bx_name_lists::none) return find_texts(inst, count);
-  if (is_new) found_.push_back(-1);
+  if (strings >= found_.size()) found_.resize(strings + 1, -1);
   if (found_[strings] < 0) found_[strings] = find_texts(inst, count);
   return found_[strings];
 }

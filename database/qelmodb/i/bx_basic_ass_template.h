@@ -53,7 +53,8 @@ class BX_API BASIC_ASS_TEMPLATE {
   /// Takes in all switch matrices of the database. Columns, rows and wire lists of an earlier build are kept,
   /// the latter with their numbers; wire templates are made anew, one for each wire of the switch matrix that
   /// has most. Without any switch matrix nothing changes. Ends the process through the message manager when a
-  /// switch matrix has a wire that the one with most wires lacks. Throws std::bad_alloc.
+  /// switch matrix has a wire that the one with most wires lacks. Throws std::bad_alloc; the set is then what it was,
+  /// but for wire lists that nobody refers to.
   void buildme_sm(BX_DB* db);
 
   // ---- records of a compressed file

@@ -42,7 +42,8 @@ class BX_API BX_DB : public BX_INSTANCE {
   /// Process-wide, set by clients that manage names by their flags: when it is not 0, destroying an
   /// instance frees every name whose own nameborrowed flag (the instance's, the wire's) is clear,
   /// whether or not the instance belongs to a database. A string of a name table, or one that a
-  /// database keeps, is never freed so, and no string twice.
+  /// database keeps, is never freed so, and no string twice. Names that there is no memory to remember meanwhile are
+  /// not freed.
   static bx_long MPAR_FLOW;
 
   // ---- make
@@ -67,12 +68,13 @@ class BX_API BX_DB : public BX_INSTANCE {
   /// Gives every instance of the tree a template reference: builds the switch-matrix templates, then finds or
   /// makes the instance templates. Names and wires stay as they are, templates are never taken away, and the two
   /// counters go on counting (the root is not counted). Ends the process as BX_INSTANCE::compress and
-  /// BASIC_ASS_TEMPLATE::buildme_sm do. O(n log n) in wires.
+  /// BASIC_ASS_TEMPLATE::buildme_sm do. Throws std::bad_alloc; the counters are what they were then, and the database
+  /// is not a compressed one until compress succeeds. O(n log n) in wires.
   void compress() override;
 
   /// Writes what stands behind the names of a compressed file: the templates, then the tree, of each instance its
   /// rectangle, its template reference and its children, through the virtual operation of children of derived
-  /// classes. 0 when the database was never compressed, or such an operation gave 0.
+  /// classes. 0 when the database is not a compressed one, or such an operation gave 0.
   unsigned char writecompress(UT_PTRFILE* file) override;
 
   /// Reads that into this empty database; former templates are released. Names and wires are restore's to fill in,
@@ -106,21 +108,21 @@ class BX_API BX_DB : public BX_INSTANCE {
   /// Loads a database file of any form, told by its first line. 0 when the file cannot be opened, is no
   /// database file (the message manager says so, and the file stays open with ut_file), is damaged, or memory
   /// runs out. On failure after the first line what was read stays in the database, whose former content is
-  /// gone, instances that were taken out of the tree by hand included; before that nothing changes. A damaged
-  /// text file may end the process, see BX_INSTANCE::readme, and so may a damaged compressed one, see
-  /// BX_INSTANCE::restore; check_file in qelmoext.h tells beforehand.
+  /// gone, instances that were taken out of the tree by hand included; before that nothing changes, nor where memory
+  /// runs out right behind it. A damaged text file may end the process, see BX_INSTANCE::readme, and so may a damaged
+  /// compressed one, see BX_INSTANCE::restore; check_file in qelmoext.h tells beforehand.
   ///
   /// When the environment variable KRT_LARGE_DESIGN is present, convert_hierarchy follows.
   unsigned char load(const char* filename);
 
   /// Writes the database as text or binary. The file appears as a whole, replacing an old one, or not
-  /// at all; 0 when it does not. Whether the file can be loaded again is for dump_objections in
-  /// qelmoext.h to say: names that are too long for the form are written all the same.
+  /// at all; 0 when it does not, be it that memory ran out. Whether the file can be loaded again is for
+  /// dump_objections in qelmoext.h to say: names that are too long for the form are written all the same.
   unsigned char dump(const char* filename, bool ascii);
 
   /// Writes a database that was compressed in the compressed form, like dump: names, templates, and the tree
-  /// without names and wires. 0 without touching the file when compress was never called; changes to the tree since
-  /// then are not in the templates. There is no text of this form: with ascii an empty file is written, standard
+  /// without names and wires. 0 without touching the file when compress was never called, or failed the last time;
+  /// changes to the tree since then are not in the templates. There is no text of this form: with ascii an empty file is written, standard
   /// output says that this is not implemented, and the result is 0. What does not come back, such as names behind
   /// a "$", and the name that a constructor gave the root, is for qelmoext.h to say.
   unsigned char dumpcompress(const char* filename, bool ascii);
