@@ -19,21 +19,42 @@ char* ut_strdup(const char* text) {
   return static_cast<char*>(std::memcpy(copy, text, size));
 }
 
+namespace {
+
+constexpr std::size_t texts_at_once = 8;
+
+// What a thread destroys at its end costs an allocation at its first use, and where that fails the system ends the
+// process. So only long texts lie in such objects.
+struct short_text {
+  char bytes[512];
+};
+
+std::string& long_text(std::size_t number) {
+  thread_local std::array<std::string, texts_at_once> texts;
+  return texts[number];
+}
+
+}  // namespace
+
 char* neoform(const char* format, ...) {
-  thread_local std::array<std::string, 8> ring;
+  thread_local std::array<short_text, texts_at_once> texts;
   thread_local std::size_t next = 0;
-  std::string& text = ring[next];
-  next = (next + 1) % ring.size();
+  const std::size_t number = next;
+  next = (next + 1) % texts_at_once;
+  char* const bytes = texts[number].bytes;
 
   std::va_list values;
   va_start(values, format);
-  std::va_list again;
-  va_copy(again, values);
-  const int length = std::vsnprintf(nullptr, 0, format, values);
+  const int length = std::vsnprintf(bytes, sizeof(short_text), format, values);
   va_end(values);
-  text.resize(length > 0 ? static_cast<std::size_t>(length) : 0);
-  if (length > 0) std::vsnprintf(text.data(), text.size() + 1, format, again);
-  va_end(again);
+  if (length < 0) *bytes = '\0';
+  if (length < static_cast<int>(sizeof(short_text))) return bytes;
+
+  std::string& text = long_text(number);
+  text.resize(static_cast<std::size_t>(length));
+  va_start(values, format);
+  std::vsnprintf(text.data(), text.size() + 1, format, values);
+  va_end(values);
   return text.data();
 }
 

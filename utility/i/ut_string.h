@@ -13,7 +13,8 @@
 BX_API char* ut_strdup(const char* text);
 
 /// Formats like printf. The result belongs to the calling thread and stays valid until the eighth
-/// further call of neoform on it; copy what must live longer.
+/// further call of neoform on it; copy what must live longer. Throws std::bad_alloc for texts of 512 characters and
+/// more when there is no memory.
 BX_API char* neoform(const char* format, ...) BX_PRINTF(1, 2);
 
 /// The text itself, or "" for null: what comparisons, reports and writers see of a missing name.
