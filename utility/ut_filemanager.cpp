@@ -4,6 +4,7 @@
 #include "ut_filemanager.h"
 
 #include <algorithm>
+#include <new>
 
 #include "ut_osfile.h"
 #include "ut_string.h"
@@ -49,7 +50,7 @@ UT_PTRFILE* UT_FILEMANAGER::add_ofile(const char* name, UT_ACCESS access, UT_PTR
     file = open();
   }
   if (!file) {
-    error_ = fault.text;
+    error_ = std::move(fault.text);
     return nullptr;
   }
   streams_.push_back(stream);
@@ -73,14 +74,20 @@ bool UT_FILEMANAGER::rm_ofile(UT_PTRFILE* stream) {
       error_ = stream->file_->write_error();
     } else if (!stream->file_->commit(fault)) {
       whole = false;
-      error_ = fault.text;
+      error_ = std::move(fault.text);
     }
   }
   forget(stream);
   return whole;
 }
 
-void UT_FILEMANAGER::leave(UT_PTRFILE* stream) { left_.push_back(stream); }
+void UT_FILEMANAGER::leave(UT_PTRFILE* stream) {
+  try {
+    left_.push_back(stream);
+  } catch (const std::bad_alloc&) {
+    delete stream;
+  }
+}
 
 void UT_FILEMANAGER::close_left() {
   while (!left_.empty()) {

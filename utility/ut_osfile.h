@@ -45,9 +45,10 @@ class UT_OSFILE {
   std::int64_t bytes_left() const noexcept;
 
  private:
-  UT_OSFILE(std::intptr_t handle, std::string name) : handle_(handle), name_(std::move(name)) {}
+  // Made before the file is opened: memory running out must not lose an open file, nor a temporary one.
+  explicit UT_OSFILE(std::string name) : name_(std::move(name)) {}
 
-  std::intptr_t handle_;             // what the system knows the file by; -1 when it is closed
+  std::intptr_t handle_ = -1;        // what the system knows the file by; -1 when it is closed
   std::string name_;                 // as the client gave it, for messages
   std::filesystem::path target_;     // where a commit puts the temporary file
   std::filesystem::path temporary_;  // empty when the target is written in place

@@ -65,7 +65,7 @@ std::string resolved(std::string name) {
 
 // Opens a new file of its own in the target's folder. Its name does not grow with the target's, which
 // may already have the greatest length that the system takes.
-int create_temporary(const std::string& target, std::string& path) {
+int create_temporary(const std::string& target, std::filesystem::path& path) {
   static std::atomic<unsigned> counter{0};
   for (int attempt = 0; attempt < 10000; ++attempt) {
     path = folder_of(target) + ".qelmodb-" + std::to_string(::getpid()) + "-" + std::to_string(counter++) + ".tmp";
@@ -75,8 +75,7 @@ int create_temporary(const std::string& target, std::string& path) {
   return -1;
 }
 
-void sync_folder(const std::string& target) {
-  const std::string folder = folder_of(target);
+void sync_folder(const std::string& folder) noexcept {
   const int handle = open_file(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY);
   if (handle < 0) return;
   sync_file(handle);  // best effort: some file systems cannot sync a folder
@@ -88,11 +87,11 @@ int descriptor(std::intptr_t handle) noexcept { return static_cast<int>(handle);
 }  // namespace
 
 std::unique_ptr<UT_OSFILE> UT_OSFILE::open_read(const std::string& name, fault& why) {
-  const int handle = open_file(name.c_str(), O_RDONLY);
-  if (handle < 0) return refuse(why, name, "cannot open for reading", errno);
-  std::unique_ptr<UT_OSFILE> file(new UT_OSFILE(handle, name));
+  std::unique_ptr<UT_OSFILE> file(new UT_OSFILE(name));
+  file->handle_ = open_file(name.c_str(), O_RDONLY);
+  if (file->handle_ < 0) return refuse(why, name, "cannot open for reading", errno);
   struct stat status {};
-  if (::fstat(handle, &status) != 0) return refuse(why, name, "cannot open for reading", errno);
+  if (::fstat(descriptor(file->handle_), &status) != 0) return refuse(why, name, "cannot open for reading", errno);
   if (S_ISDIR(status.st_mode)) return refuse(why, name, "cannot open for reading", EISDIR);
   // Files that the system makes up while they are read claim to be empty.
   if (S_ISREG(status.st_mode) && status.st_size > 0) file->size_ = status.st_size;
@@ -107,17 +106,18 @@ std::unique_ptr<UT_OSFILE> UT_OSFILE::open_write(const std::string& name, bool r
   if (target.empty()) return refuse(why, name, what, ENOENT);
   if (exists && S_ISDIR(status.st_mode)) return refuse(why, name, what, EISDIR);
   if (exists && ::access(target.c_str(), W_OK) != 0) return refuse(why, name, what, errno);
+  std::unique_ptr<UT_OSFILE> file(new UT_OSFILE(name));
   if (!replace || (exists && !S_ISREG(status.st_mode))) {
-    const int handle = open_file(target.c_str(), O_WRONLY | O_CREAT | O_TRUNC);
-    if (handle < 0) return refuse(why, name, what, errno);
-    return std::unique_ptr<UT_OSFILE>(new UT_OSFILE(handle, name));
+    file->handle_ = open_file(target.c_str(), O_WRONLY | O_CREAT | O_TRUNC);
+    if (file->handle_ < 0) return refuse(why, name, what, errno);
+    return file;
   }
-  std::string temporary;
+  file->target_ = target;
+  std::filesystem::path temporary;
   const int handle = create_temporary(target, temporary);
   if (handle < 0) return refuse(why, name, what, errno);
-  std::unique_ptr<UT_OSFILE> file(new UT_OSFILE(handle, name));
-  file->target_ = target;
-  file->temporary_ = temporary;
+  file->handle_ = handle;
+  file->temporary_.swap(temporary);
   if (exists && ::fchmod(handle, status.st_mode & 07777) != 0) return refuse(why, name, what, errno);
   return file;
 }
@@ -162,12 +162,13 @@ bool UT_OSFILE::commit(fault& why) {
     return false;
   }
   if (in_place) return true;
+  const std::string folder = folder_of(target_.native());
   if (::rename(temporary_.c_str(), target_.c_str()) != 0) {
     refuse(why, name_, "cannot replace", errno);
     return false;
   }
   temporary_.clear();
-  sync_folder(target_.native());
+  sync_folder(folder);
   return true;
 }
 

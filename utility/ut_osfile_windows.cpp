@@ -109,13 +109,14 @@ bool look_at(std::wstring& path, standing& found) {
 }
 
 // Opens a new file of its own in the target's folder, with the target's visible attributes.
-std::intptr_t create_temporary(const std::wstring& target, DWORD attributes, std::wstring& path) {
+std::intptr_t create_temporary(const std::wstring& target, DWORD attributes, std::filesystem::path& path) {
   static std::atomic<unsigned> counter{0};
   constexpr DWORD kept = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
   for (int attempt = 0; attempt < 10000; ++attempt) {
     path = target.substr(0, target.find_last_of(L'\\') + 1) + L".qelmodb-" + std::to_wstring(GetCurrentProcessId()) +
            L"-" + std::to_wstring(counter++) + L".tmp";
-    opened file(path, GENERIC_WRITE, FILE_SHARE_READ, CREATE_NEW, (attributes & kept) | FILE_ATTRIBUTE_ARCHIVE);
+    opened file(path.native(), GENERIC_WRITE, FILE_SHARE_READ, CREATE_NEW,
+                (attributes & kept) | FILE_ATTRIBUTE_ARCHIVE);
     if (file.valid()) return file.release();
     if (GetLastError() != ERROR_FILE_EXISTS) break;
   }
@@ -131,12 +132,13 @@ std::unique_ptr<UT_OSFILE> UT_OSFILE::open_read(const std::string& name, fault& 
   if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
     return refuse(why, name, cannot_read, ERROR_DIRECTORY);
   }
+  std::unique_ptr<UT_OSFILE> read(new UT_OSFILE(name));
   // Whether another program may replace the file meanwhile is left to the system.
   opened file(path, GENERIC_READ, share_all, OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN);
   if (!file.valid()) return refuse(why, name, cannot_read, GetLastError());
   LARGE_INTEGER size{};
   const bool sized = GetFileType(file.get()) == FILE_TYPE_DISK && GetFileSizeEx(file.get(), &size) != 0;
-  std::unique_ptr<UT_OSFILE> read(new UT_OSFILE(file.release(), name));
+  read->handle_ = file.release();
   if (sized) read->size_ = size.QuadPart;
   return read;
 }
@@ -148,20 +150,22 @@ std::unique_ptr<UT_OSFILE> UT_OSFILE::open_write(const std::string& name, bool r
   if (!full_path(name, target) || !look_at(target, there)) return refused(GetLastError());
   if (there.exists && (there.attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) return refused(ERROR_DIRECTORY);
   if (there.is_regular && (there.attributes & FILE_ATTRIBUTE_READONLY) != 0) return refused(ERROR_ACCESS_DENIED);
+  std::unique_ptr<UT_OSFILE> written(new UT_OSFILE(name));
   if (!replace || (there.exists && !there.is_regular)) {
     opened file(target, GENERIC_WRITE, FILE_SHARE_READ,
                 there.is_regular || !there.exists ? CREATE_ALWAYS : OPEN_EXISTING,
                 there.attributes & (FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM));
     if (!file.valid()) return refused(GetLastError());
-    return std::unique_ptr<UT_OSFILE>(new UT_OSFILE(file.release(), name));
+    written->handle_ = file.release();
+    return written;
   }
-  std::wstring temporary;
+  written->target_ = target;
+  std::filesystem::path temporary;
   const std::intptr_t handle = create_temporary(target, there.exists ? there.attributes : 0, temporary);
   if (handle == -1) return refused(GetLastError());
-  std::unique_ptr<UT_OSFILE> file(new UT_OSFILE(handle, name));
-  file->target_ = target;
-  file->temporary_ = temporary;
-  return file;
+  written->handle_ = handle;
+  written->temporary_.swap(temporary);
+  return written;
 }
 
 UT_OSFILE::~UT_OSFILE() {

@@ -8,6 +8,7 @@
 #include <new>
 #include <string>
 
+#include "bx_access.h"
 #include "bx_files.h"
 #include "np_devcache.h"
 #include "ut_filemanager.h"
@@ -37,6 +38,16 @@ outcome load_file(BX_DB& db, const char* filename, bool (*read)(BX_DB&, UT_PTRFI
   return good ? outcome::whole : outcome::damaged;
 }
 
+/// 1 when the work succeeded. Running out of memory is a failure like any other.
+template <class Work>
+unsigned char result_of(Work work) {
+  try {
+    return work() ? 1 : 0;
+  } catch (const std::bad_alloc&) {
+    return 0;
+  }
+}
+
 template <class Write>
 bool dump_file(const char* filename, Write write) {
   UT_PTRFILE file(UT_WRITE);
@@ -59,55 +70,55 @@ std::string dump_file_name(const PM_PIC_HDL& picture, const char* extension) {
 }  // namespace
 
 unsigned char BX_DB::load(const char* filename) {
-  try {
+  return result_of([&] {
     const outcome result = load_file(*this, filename, bx_read_database);
-    if (result == outcome::refused) return 0;
+    if (result == outcome::refused) return false;
     if (std::getenv("KRT_LARGE_DESIGN") != nullptr) convert_hierarchy();
-    return result == outcome::whole ? 1 : 0;
-  } catch (const std::bad_alloc&) {
-    return 0;
-  }
+    return result == outcome::whole;
+  });
 }
 
 unsigned char BX_DB::loadgrid(const char* filename) {
-  try {
-    return load_file(*this, filename, bx_read_grid) == outcome::whole ? 1 : 0;
-  } catch (const std::bad_alloc&) {
-    return 0;
-  }
+  return result_of([&] { return load_file(*this, filename, bx_read_grid) == outcome::whole; });
 }
 
 unsigned char BX_DB::dump(const char* filename, bool ascii) {
-  return dump_file(filename, [&](UT_PTRFILE& file) { return bx_write_database(*this, file, ascii); }) ? 1 : 0;
+  return result_of(
+      [&] { return dump_file(filename, [&](UT_PTRFILE& file) { return bx_write_database(*this, file, ascii); }); });
 }
 
 unsigned char BX_DB::dumpgrid(const char* filename, bool ascii) {
-  return dump_file(filename, [&](UT_PTRFILE& file) { return bx_write_grid(*this, file, ascii); }) ? 1 : 0;
+  return result_of(
+      [&] { return dump_file(filename, [&](UT_PTRFILE& file) { return bx_write_grid(*this, file, ascii); }); });
 }
 
 unsigned char BX_DB::dumpcompress(const char* filename, bool ascii) {
-  if (ascii) {
-    // Clients read this line from standard output, and find an empty file.
-    dump_file(filename, [](UT_PTRFILE& /*file*/) {
-      std::fputs("Dump compressed ascii file has not been implemented yet!\n", stdout);
-      return true;
-    });
-    return 0;
-  }
-  if (basicasstemplate == nullptr) return 0;
-  return dump_file(filename, [&](UT_PTRFILE& file) { return bx_write_compressed(*this, file); }) ? 1 : 0;
+  return result_of([&] {
+    if (ascii) {
+      // Clients read this line from standard output, and find an empty file.
+      dump_file(filename, [](UT_PTRFILE& /*file*/) {
+        std::fputs("Dump compressed ascii file has not been implemented yet!\n", stdout);
+        return true;
+      });
+      return false;
+    }
+    if (basicasstemplate == nullptr || store_->half_compressed) return false;
+    return dump_file(filename, [&](UT_PTRFILE& file) { return bx_write_compressed(*this, file); });
+  });
 }
 
-unsigned char BX_DB::load(PM_PIC_HDL picture) { return load(data_file(*this, picture, database_extension).c_str()); }
+unsigned char BX_DB::load(PM_PIC_HDL picture) {
+  return result_of([&] { return load(data_file(*this, picture, database_extension).c_str()) != 0; });
+}
 
 unsigned char BX_DB::loadgrid(PM_PIC_HDL picture) {
-  return loadgrid(data_file(*this, picture, grid_extension).c_str());
+  return result_of([&] { return loadgrid(data_file(*this, picture, grid_extension).c_str()) != 0; });
 }
 
 unsigned char BX_DB::dump(PM_PIC_HDL picture, bool ascii) {
-  return dump(dump_file_name(picture, database_extension).c_str(), ascii);
+  return result_of([&] { return dump(dump_file_name(picture, database_extension).c_str(), ascii) != 0; });
 }
 
 unsigned char BX_DB::dumpgrid(PM_PIC_HDL picture, bool ascii) {
-  return dumpgrid(dump_file_name(picture, grid_extension).c_str(), ascii);
+  return result_of([&] { return dumpgrid(dump_file_name(picture, grid_extension).c_str(), ascii) != 0; });
 }

@@ -35,7 +35,7 @@ class BX_API UT_FILEMANAGER {
   virtual bool rm_ofile(UT_PTRFILE* stream);
 
   /// Takes over a registered stream, allocated with new, that its user leaves open. It is closed
-  /// and deleted before a file is replaced, when the system runs out of file handles, or with the manager.
+  /// and deleted before a file is replaced, when file handles or memory run out, or with the manager.
   virtual void leave(UT_PTRFILE* stream);
 
   /// Closes what leave left; discards what was not committed of the other streams.
