@@ -6,9 +6,9 @@
 
 #include <memory>
 
+#include "../records/record_bytes.h"
 #include "failing_memory.h"
 #include "qelmocompress.h"
-#include "../records/record_bytes.h"
 #include "template_faults.h"
 
 namespace {

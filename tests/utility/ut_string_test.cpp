@@ -49,6 +49,15 @@ TEST(Format, ResultStaysThroughSevenFurtherCalls) {
   for (int i = 0; i < 8; ++i) EXPECT_EQ(results[i], "call " + std::to_string(i));
 }
 
+// Short and long ones lie in different places.
+TEST(Format, ResultsOfAllLengthsStayThroughSevenFurtherCalls) {
+  for (const std::size_t length : {509U, 510U, 511U, 512U, 513U, 2000U}) {
+    char* results[8];
+    for (std::size_t i = 0; i < 8; ++i) results[i] = neoform("%s", std::string(i % 2 == 0 ? length : 3, 'x').c_str());
+    for (std::size_t i = 0; i < 8; ++i) EXPECT_EQ(results[i], std::string(i % 2 == 0 ? length : 3, 'x'));
+  }
+}
+
 TEST(Format, ResultMayBeAnArgumentOfTheNextCall) {
   char* text = neoform("a");
   for (int i = 0; i < 20; ++i) text = neoform("%sa", text);

@@ -122,9 +122,9 @@ class BX_API BX_DB : public BX_INSTANCE {
 
   /// Writes a database that was compressed in the compressed form, like dump: names, templates, and the tree
   /// without names and wires. 0 without touching the file when compress was never called, or failed the last time;
-  /// changes to the tree since then are not in the templates. There is no text of this form: with ascii an empty file is written, standard
-  /// output says that this is not implemented, and the result is 0. What does not come back, such as names behind
-  /// a "$", and the name that a constructor gave the root, is for qelmoext.h to say.
+  /// changes to the tree since then are not in the templates. There is no text of this form: with ascii an empty file
+  /// is written, standard output says that this is not implemented, and the result is 0. What does not come back, such
+  /// as names behind a "$", and the name that a constructor gave the root, is for qelmoext.h to say.
   unsigned char dumpcompress(const char* filename, bool ascii);
 
   /// Fetches the device from np_devcache, keeps it, and loads the device's data file (".bxd").
