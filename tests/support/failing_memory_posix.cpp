@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: The qelmodb authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Functions that stand before those of the C library and of the sanitizers, for the shared libraries too.
+// Functions that stand before those of the C library and of the sanitizers, for the shared libraries too. They are
+// called before the address sanitizer is ready for code that it watches, so this is compiled without.
 #include "failing_memory.h"
 
 #include <dlfcn.h>
@@ -14,7 +15,7 @@
 
 namespace {
 
-std::atomic<bool> watching{false};
+bool watching = false;
 std::atomic<long> made{0};
 std::atomic<long> failed{0};
 std::atomic<long> failed_pages{0};
@@ -24,7 +25,7 @@ std::atomic<long> blocks{0};  // of malloc that are not freed
 
 /// Counts an allocation, and tells whether it is to fail.
 bool refused() {
-  if (!watching.load(std::memory_order_relaxed)) return false;
+  if (!watching) return false;
   const long number = made++;
   if (number < first_failing || number >= end_of_failing) return false;
   ++failed;
@@ -52,7 +53,7 @@ void* mmap(void* start, std::size_t size, int protection, int flags, int handle,
   return next(start, size, protection, flags, handle, offset);
 }
 
-#if defined(__SANITIZE_ADDRESS__)
+#ifdef QELMODB_SANITIZED
 
 // The sanitizer's own, which its operator new does not use. Blocks are not counted: it looks for leaks itself.
 void* __interceptor_malloc(std::size_t size);
@@ -160,7 +161,7 @@ bool memory_trials::next() {
       failures_of_mode_ = 0;
       number_ = -1;
       mode_ = static_cast<mode>(mode_ + 1);
-#if defined(__SANITIZE_ADDRESS__)
+#ifdef QELMODB_SANITIZED
       if (mode_ == once_more) mode_ = done;
 #endif
     }
