@@ -36,6 +36,19 @@ void fill_for_all_forms(BX_DB& db) {
   db.compress();
 }
 
+/// Takes the place of the file manager while it lives: one that has no room for any stream yet.
+class new_file_manager {
+ public:
+  new_file_manager() { ut_file = &manager_; }
+  new_file_manager(const new_file_manager&) = delete;
+  new_file_manager& operator=(const new_file_manager&) = delete;
+  ~new_file_manager() { ut_file = old_; }
+
+ private:
+  UT_FILEMANAGER* old_ = ut_file;
+  UT_FILEMANAGER manager_;
+};
+
 class LittleMemory : public testing::TestWithParam<int> {
  protected:
   LittleMemory() {
@@ -79,6 +92,7 @@ TEST_P(LittleMemory, LoadThatRunsOutOfItIsFalse) {
   const std::string whole = as_loaded();
   memory_trials trials(30);
   while (trials.next()) {
+    const new_file_manager files;
     BX_DB db("OLD", 0, 0, 1, 1);
     db.addinstance(new BX_INSTANCE("OLD", 0, 0, 1, 1));
     const memory_end end = trials.run([&] { return load(db, file_); });
@@ -105,6 +119,7 @@ TEST_P(LittleMemory, LoadFromAStreamThatRunsOutOfItIsFalse) {
   const std::string whole = as_loaded();
   memory_trials trials(30);
   while (trials.next()) {
+    const new_file_manager files;
     BX_DB db;
     UT_MEMFILE file(bytes_.data(), bytes_.size());
     const memory_end end = trials.run([&] { return qelmodb::load(db, file, form_.what); });
@@ -121,6 +136,7 @@ TEST_P(LittleMemory, LoadOfALargeDesignThatRunsOutOfItIsFalse) {
   const std::string whole = as_loaded();
   memory_trials trials(30);
   while (trials.next()) {
+    const new_file_manager files;
     BX_DB db;
     const memory_end end = trials.run([&] { return load(db, file_); });
     ASSERT_NE(end, memory_end::threw);
@@ -138,6 +154,7 @@ TEST_P(LittleMemory, DumpThatRunsOutOfItIsFalseAndTheOldFileIsIntact) {
   const std::string tree = test::text_of(source_);
   memory_trials trials(8);
   while (trials.next()) {
+    const new_file_manager files;
     test::write_file(target, "old");
     const memory_end end = trials.run([&] { return dump(source_, target); });
     ASSERT_NE(end, memory_end::threw);
@@ -152,6 +169,7 @@ TEST_P(LittleMemory, DumpThatRunsOutOfItIsFalseAndTheOldFileIsIntact) {
 TEST_P(LittleMemory, DumpToAStreamThatRunsOutOfItThrows) {
   memory_trials trials(4);
   while (trials.next()) {
+    const new_file_manager files;
     UT_MEMFILE file;
     const memory_end end = trials.run([&] { return qelmodb::dump(source_, file, form_.as, form_.what); });
     ASSERT_NE(end, memory_end::gave_false);
@@ -165,6 +183,7 @@ TEST_P(LittleMemory, DumpToAStreamThatRunsOutOfItThrows) {
 TEST_P(LittleMemory, CheckThatRunsOutOfItThrows) {
   memory_trials trials(8);
   while (trials.next()) {
+    const new_file_manager files;
     qelmodb::check_report report;
     const memory_end end = trials.run([&] {
       report = qelmodb::check_bytes(bytes_, form_.what);
@@ -177,6 +196,7 @@ TEST_P(LittleMemory, CheckThatRunsOutOfItThrows) {
   }
   memory_trials file_trials(8);
   while (file_trials.next()) {
+    const new_file_manager files;
     ASSERT_NE(file_trials.run([&] { return qelmodb::check_file(file_.c_str(), form_.what).loadable(); }),
               memory_end::gave_false);
     expect_no_open_files();
@@ -197,6 +217,7 @@ TEST(LittleMemoryFor, ForeignFileChangesNothing) {
   ut_msgman->setsink([](const char*, void*) {}, nullptr);
   memory_trials trials(4);
   while (trials.next()) {
+    const new_file_manager files;
     BX_DB db("OLD", 0, 0, 1, 1);
     const std::string before = test::text_of(db);
     EXPECT_EQ(trials.run([&] { return db.load(name.c_str()) == 0; }), memory_end::gave_true);
@@ -216,6 +237,7 @@ TEST(LittleMemoryFor, DeviceDescriptionLeavesTheOldFile) {
   const int descriptors = test::open_descriptors();
   memory_trials trials(8);
   while (trials.next()) {
+    const new_file_manager files;
     test::write_file(name, "old");
     std::string why;
     const memory_end end = trials.run([&] { return device.write(name.c_str(), why); });
@@ -229,6 +251,7 @@ TEST(LittleMemoryFor, DeviceDescriptionLeavesTheOldFile) {
   }
   memory_trials read_trials(8);
   while (read_trials.next()) {
+    const new_file_manager files;
     std::string why;
     read_trials.run([&] { return NP_TABLEDEVICE::read(name.c_str(), why) != nullptr; });
     EXPECT_EQ(ut_file->getcount(), 0);
