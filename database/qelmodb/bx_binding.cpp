@@ -4,6 +4,7 @@
 // Binding trees to a database: every name becomes the database's interned string.
 #include <cstdlib>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "bx_access.h"
@@ -14,16 +15,9 @@
 // as it was: names in the database's table that nobody uses are no harm.
 class BX_INSTANCE::binding {
  public:
-  binding(BX_INSTANCE& root, BX_DB* db) : db_(db), store_(db != nullptr ? &bx_access::names(*db) : nullptr) {
-    std::vector<BX_INSTANCE*> pending{&root};
-    while (!pending.empty()) {
-      BX_INSTANCE* inst = pending.back();
-      pending.pop_back();
-      instances_.push_back(inst);
-      for (BX_INSTANCE* child : inst->instances) {
-        if (child != nullptr && child->top != db) pending.push_back(child);
-      }
-    }
+  binding(BX_INSTANCE& root, BX_DB* db)
+      : db_(db), store_(db != nullptr ? &bx_access::names(*db) : nullptr), root_(&root), instances_(&root_, 1) {
+    if (root.instances.getcount() != 0) gather();
   }
   binding(const binding&) = delete;
   binding& operator=(const binding&) = delete;
@@ -57,6 +51,19 @@ class BX_INSTANCE::binding {
   }
 
  private:
+  void gather() {
+    std::vector<BX_INSTANCE*> pending{root_};
+    while (!pending.empty()) {
+      BX_INSTANCE* inst = pending.back();
+      pending.pop_back();
+      gathered_.push_back(inst);
+      for (BX_INSTANCE* child : inst->instances) {
+        if (child != nullptr && child->top != db_) pending.push_back(child);
+      }
+    }
+    instances_ = gathered_;
+  }
+
   void prepare_name(const char* old) {
     if (old == nullptr) {
       names_.push_back(nullptr);
@@ -84,8 +91,10 @@ class BX_INSTANCE::binding {
 
   BX_DB* db_;
   bx_name_store* store_;
-  std::vector<BX_INSTANCE*> instances_;
-  std::vector<char*> names_;  // of all instances and their wires, in their order
+  BX_INSTANCE* root_;
+  std::vector<BX_INSTANCE*> gathered_;       // empty for an instance without children: most come one by one
+  std::span<BX_INSTANCE* const> instances_;  // those to be bound
+  std::vector<char*> names_;                 // of all instances and their wires, in their order
 };
 
 void BX_INSTANCE::settoplevel(BX_DB* db) {
