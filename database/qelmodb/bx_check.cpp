@@ -44,6 +44,8 @@ form form_of(char letter, content what) {
   return letter == bx_compressed_letter && what == content::database ? form::compressed : form::binary;
 }
 
+bool is_control(char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7f; }
+
 bool check_records(bx_check_context& context, form as, content what) {
   const bool with_wires = what == content::database;
   if (as == form::compressed) return bx_check_compressed(context);
@@ -149,8 +151,11 @@ std::string fault::text() const {
   std::string place = line > 0 ? neoform("line %lld: ", static_cast<long long>(line))
                                : neoform("byte %lld: ", static_cast<long long>(offset));
   place += message;
-  if (!path.empty()) place += " [" + path + "]";
-  return place;
+  if (path.empty()) return place;
+  place += " [";
+  // Names hold anything but NUL.
+  for (const char c : path) place += is_control(c) ? bx_printable(std::string_view(&c, 1)) : std::string(1, c);
+  return place + "]";
 }
 
 const char* to_string(content what) noexcept { return what == content::grid ? "grid" : "database"; }

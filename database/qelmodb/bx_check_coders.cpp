@@ -9,16 +9,10 @@ using qelmodb::severity;
 
 namespace {
 
-// A piece of the file for a message: one line, unprintable bytes as \xNN.
+// A piece of the file for a message, of one line.
 std::string shown(std::string_view text) {
   constexpr std::size_t most = 24;
-  std::string result;
-  for (const char c : text.substr(0, most)) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (c == '\n') break;
-    result += byte >= 0x20 && byte < 0x7f ? std::string(1, c) : std::string(neoform("\\x%02X", byte));
-  }
-  return result;
+  return bx_printable(text.substr(0, std::min(most, text.find('\n'))));
 }
 
 std::string_view trimmed(std::string_view text) {
@@ -31,11 +25,12 @@ std::string_view trimmed(std::string_view text) {
 // A decimal number with nothing behind it. Beyond 32 bits says so in range.
 bool parse(std::string_view text, bx_long& value, bool& in_range) {
   in_range = true;
-  if (!text.empty() && text.front() == '+') text.remove_prefix(1);
+  const bool plus = !text.empty() && text.front() == '+';
+  if (plus) text.remove_prefix(1);
+  if (text.empty() || text.front() == '+' || (plus && text.front() == '-')) return false;
   const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), value);
   in_range = error != std::errc::result_out_of_range;
-  return stop == text.data() + text.size() && !text.empty() && text.front() != '+' &&
-         error != std::errc::invalid_argument;
+  return stop == text.data() + text.size() && error != std::errc::invalid_argument;
 }
 
 }  // namespace
@@ -47,6 +42,15 @@ bx_check_context::bx_check_context(std::string_view bytes, const qelmodb::check_
   report.bytes = static_cast<std::int64_t>(bytes.size());
   std::int64_t& memory = options_.within.memory;
   if (memory == qelmodb::limits::in_proportion) memory = start + factor * report.bytes;
+}
+
+std::string bx_printable(std::string_view text) {
+  std::string result;
+  for (const char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    result += byte >= 0x20 && byte < 0x7f ? std::string(1, c) : std::string(neoform("\\x%02X", byte));
+  }
+  return result;
 }
 
 std::int64_t bx_check_context::line_at(std::size_t offset) {
@@ -162,7 +166,13 @@ bool bx_text_checker::begin(const bx_record_kind& kind) {
 
 bool bx_text_checker::name(bx_check_record& record) {
   const std::string_view rest = context_.rest();
-  const std::size_t quote = rest.substr(0, bx_key_limit).find('"');
+  const std::string_view room = rest.substr(0, bx_key_limit);
+  const std::size_t quote = room.find('"');
+  const std::size_t line_end = room.find('\n');
+  // A name may go on in the next line; but then a point follows it there, and not the name of another record.
+  if (line_end < quote && (quote == std::string_view::npos || rest.substr(quote + 1, 2) != " (")) {
+    return context_.fail(context_.at(), "the name has no closing quote in its line");
+  }
   if (quote == std::string_view::npos) {
     return context_.fail(context_.at(), rest.size() < static_cast<std::size_t>(bx_key_limit)
                                             ? "the name has no closing quote"
@@ -171,9 +181,7 @@ bool bx_text_checker::name(bx_check_record& record) {
   record.name = rest.substr(0, quote);
   if (record.name.find('\0') != std::string_view::npos)
     return context_.fail(context_.at(), "the name holds a NUL byte");
-  if (record.name.find('\n') != std::string_view::npos) {
-    context_.add(severity::warning, context_.at(), "the name holds a line end");
-  }
+  if (line_end < quote) context_.add(severity::warning, context_.at(), "the name holds a line end");
   context_.advance(quote + 1);
   return true;
 }
@@ -188,16 +196,17 @@ bool bx_text_checker::expect(char c, const char* where) {
 }
 
 bool bx_text_checker::number(const char* label, char delimiter, bx_long& value) {
+  // The reader takes 99 characters, blanks before the digits included.
   const std::string_view key = context_.rest().substr(0, bx_key_limit);
   const std::size_t end = key.find(delimiter);
-  std::string_view digits = key.substr(0, end);
-  while (!digits.empty() && digits.front() == ' ') digits.remove_prefix(1);
+  const std::size_t start = std::min(key.find_first_not_of(' '), key.size());
+  const std::size_t place = context_.at() + start;
   bool in_range = true;
-  if (end == std::string_view::npos || !parse(digits, value, in_range)) {
-    return context_.fail(context_.at(), std::string("expected the number ") + label + " and '" + delimiter +
-                                            "', found " + context_.found(context_.at()));
+  if (end == std::string_view::npos || !parse(key.substr(start, end - start), value, in_range)) {
+    return context_.fail(place, std::string("expected the number ") + label + " and '" + delimiter + "', found " +
+                                    context_.found(place));
   }
-  if (!in_range) return context_.fail(context_.at(), std::string(label) + " does not fit into 32 bits");
+  if (!in_range) return context_.fail(place, std::string(label) + " does not fit into 32 bits");
   context_.advance(end + 1);
   return true;
 }

@@ -13,6 +13,9 @@
 #include "qelmoext.h"
 #include "ut_hash.h"
 
+/// Text of a file as it may stand in a message: unprintable bytes as \xNN.
+std::string bx_printable(std::string_view text);
+
 /// What a checked record holds.
 struct bx_check_record {
   std::string_view name;

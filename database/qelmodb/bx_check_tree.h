@@ -110,7 +110,7 @@ class bx_wire_order_check {
     context_.wire = name;
     if (has_last_ && name < last_) {
       context_.add(qelmodb::severity::warning, start,
-                   "the wire stands behind \"" + std::string(last_) + "\": wires are not in name order");
+                   "the wire stands behind \"" + bx_printable(last_) + "\": wires are not in name order");
     }
     context_.wire = {};
     has_last_ = true;

@@ -117,6 +117,14 @@ TEST(CheckerOfText, TellsNamesThatAreTooLongOrHaveNoEnd) {
   expect_text_fault("BX_DB:A\nBX_INSTANCE: \"TOP", "TOP", 2, "", "no closing quote");
 }
 
+TEST(CheckerOfText, TellsAMissingQuoteInItsLineAndNotWhereTheNextOneStands) {
+  const std::string words = "the name has no closing quote in its line";
+  expect_text_fault(with(sound_text, "\"A\" (1", "\"A (1"), "A (1", 7, "TOP/C", words);
+  expect_text_fault(with(sound_text, "\"C\" (0", "\"C (0"), "C (0", 5, "TOP", words);
+  expect_text_fault(with(sound_text, "\"C\" (0", "\"" + std::string(98, 'n') + "\n"), std::string(98, 'n'), 5, "TOP",
+                    words);
+}
+
 TEST(CheckerOfText, TellsADoubleQuoteInsideAName) {
   expect_text_fault(with(sound_text, "\"A\"", "\"A\"X\""), "X\" (1", 7, "TOP/C", "expected ' ' before a point");
 }
@@ -137,11 +145,12 @@ TEST(CheckerOfText, TellsFaultyPoints) {
   };
   fault_in("3, -4)", "3, -4)", "expected '(' of a point");
   fault_in("(x, -4)", "x, -4)", "expected the number x and ','");
-  fault_in("(3, -4x)", " -4x)", "expected the number y and ')'");
+  fault_in("(3, -4x)", "-4x)", "expected the number y and ')'");
   fault_in("(3 -4)", "3 -4)", "expected the number x");
   fault_in("(, -4)", ", -4)", "expected the number x");
   fault_in("(2147483648, -4)", "2147483648", "x does not fit into 32 bits");
-  fault_in("(3, -2147483649)", " -2147483649", "y does not fit into 32 bits");
+  fault_in("(+-3, -4)", "+-3", "expected the number x");
+  fault_in("(3, -2147483649)", "-2147483649", "y does not fit into 32 bits");
   fault_in("(" + std::string(100, '0') + "3, -4)", std::string(100, '0'), "expected the number x");
 }
 
@@ -234,6 +243,16 @@ TEST(Checker, WritesFaultsAsOneLineWithPlaceAndPath) {
 TEST(Checker, ShowsUnprintableBytesAsHexadecimalNumbers) {
   const fault found = only_fault(with(sound_text, "(3, -4)", "(\x01\xff, -4)"));
   EXPECT_NE(found.message.find("\\x01\\xFF, -4)"), std::string::npos) << found.message;
+}
+
+TEST(Checker, ShowsNamesInMessagesAndPathsWithoutControlCharacters) {
+  const std::string text = with(with(sound_text, "\"A\"", "\"C\x1b[2J\n\xff\""), "\"TOP\"", "\"T\nP\x7f\xc3\xa4\"");
+  const check_report report = check_bytes(text, content::database);
+  ASSERT_EQ(report.warnings, 3);
+  const fault& order = report.faults[2];
+  EXPECT_EQ(order.message, "the wire stands behind \"C\\x1B[2J\\x0A\\xFF\": wires are not in name order");
+  EXPECT_EQ(order.path, "T\nP\x7f\xc3\xa4/C/B$1");
+  EXPECT_EQ(order.text(), "line 10: " + order.message + " [T\\x0AP\\x7F\xc3\xa4/C/B$1]");
 }
 
 TEST(Checker, ChecksFilesByNameAndTellsThoseItCannotRead) {
