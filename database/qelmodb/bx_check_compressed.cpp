@@ -63,12 +63,13 @@ class skeleton_form {
     // Without wires nobody asks for its column and row.
     if (wires == 0) return;
     check_line(set.colmap, start, "column", "x", inst.xmin);
-    check_line(set.rowmap, start, "row", "y", inst.ymin);
+    constexpr std::size_t ymin_offset = 4;
+    check_line(set.rowmap, start + ymin_offset, "row", "y", inst.ymin);
   }
 
-  void check_line(const bx_checked_lines& lines, std::size_t start, const char* what, const char* axis, bx_long place) {
+  void check_line(const bx_checked_lines& lines, std::size_t at, const char* what, const char* axis, bx_long place) {
     if (lines.coordinates.count(place) != 0) return;
-    context_.add(qelmodb::severity::error, start,
+    context_.add(qelmodb::severity::error, at,
                  neoform("no %s of the switch matrices begins at %s = %d", what, axis, place));
   }
 

@@ -19,10 +19,6 @@ struct layout_in_hand {
   std::vector<bx_checked_wire> wires;
 };
 
-void keep_highest(bx_checked_number& highest, const bx_checked_number& number) {
-  if (highest.at == 0 || number.value > highest.value) highest = number;
-}
-
 }  // namespace
 
 // The record goes on behind these faults.
@@ -76,13 +72,16 @@ bool bx_template_checker::run_start(const char* label, bx_checked_runs& runs) {
 bool bx_template_checker::entries(const char* label, const char* key_label, const char* value_label,
                                   bx_checked_index_runs& runs) {
   constexpr int entry_size = 4;
+  constexpr int value_offset = 2;
   std::uint16_t count = 0;
-  return array_count(label, count, entry_size) && each(count, [&](int /*i*/) {
-           bx_checked_number value;
-           if (!run_start(key_label, runs) || !field(value_label, value)) return false;
-           keep_highest(runs.highest, value);
-           return true;
-         });
+  if (!array_count(label, count, entry_size)) return false;
+  runs.indices = {context_.at() + value_offset, entry_size, {}};
+  return each(count, [&](int /*i*/) {
+    std::uint16_t value = 0;
+    if (!run_start(key_label, runs) || !field(value_label, value)) return false;
+    runs.indices.values.push_back(value);
+    return true;
+  });
 }
 
 bool bx_template_checker::entries(const char* label, const char* key_label, const char* value_label,
@@ -113,14 +112,18 @@ void bx_template_checker::check_wire_template(const bx_checked_wire_template& wi
   const bool by_column = wire.span_dir.value == 1;
   check_runs(wire.index_map.size, wire.index_map.ranges, "the index map");
   sizes_.push_back({wire.index_map.size, by_column});
-  const bx_checked_number& highest = wire.index_map.ranges.highest;
-  if (wire.index_map.ranges.count > 0 && highest.value >= wire.num_offset_map) {
-    object(highest.at,
-           neoform("the index map leads to offset map %d, but there are %d", highest.value, wire.num_offset_map));
-  }
+  check_indices(wire.index_map.ranges.indices, wire.num_offset_map, "the index map leads to offset map");
   for (std::size_t k = 0; k < wire.offset_maps.size(); ++k) {
     check_runs(wire.offset_maps[k].size, wire.offset_maps[k].ranges, neoform("offset map %zu", k));
     sizes_.push_back({wire.offset_maps[k].size, !by_column});
+  }
+}
+
+void bx_template_checker::check_indices(const bx_checked_indices& indices, std::size_t count, const char* does_what) {
+  for (std::size_t i = 0; i < indices.values.size(); ++i) {
+    const int value = indices.values[i];
+    if (static_cast<std::size_t>(value) < count) continue;
+    object(indices.first_at + i * indices.distance, neoform("%s %d, but there are %zu", does_what, value, count));
   }
 }
 
@@ -133,7 +136,6 @@ void bx_template_checker::check_sizes() {
     object(pending.size.at, neoform("a range map has a size of %d, but there are %zu %s", pending.size.value, wanted,
                                     pending.by_column ? "columns" : "rows"));
   }
-  sizes_.clear();
 }
 
 // ---- the set of switch matrices
@@ -154,10 +156,12 @@ bool bx_template_checker::wire_lists(bx_checked_set& set) {
                        context_.left(), context_.left() / 2));
   });
   if (!sized) return false;
+  set.list_entries = {context_.at(), 2, {}};
+  set.list_entries.values.reserve(entries);
   for (std::size_t i = 0; i < entries; ++i) {
-    bx_checked_number entry;
+    std::uint16_t entry = 0;
     if (!field("wire template", entry)) return false;
-    keep_highest(set.highest_entry, entry);
+    set.list_entries.values.push_back(entry);
   }
   return true;
 }
@@ -189,11 +193,12 @@ bool bx_template_checker::entries(const char* label, const char* key_label, cons
 bool bx_template_checker::templates() {
   if (!bx_describe_matrix_set(*this, set_)) return false;
   context_.end_section("columns and rows");
-  if (set_.highest_entry.at != 0 && set_.highest_entry.value >= set_.num_wire_template) {
-    object(set_.highest_entry.at, neoform("a wire list has the wire template %d, but there are %d",
-                                          set_.highest_entry.value, set_.num_wire_template));
-  }
-  check_sizes();
+  // Behind a fault columns and rows may be something else that was taken for them.
+  const bool lines_known = context_.report.errors == errors_before_wire_templates_;
+  check_indices(set_.list_entries, set_.num_wire_template, "a wire list has the wire template");
+  set_.list_entries = {};
+  if (lines_known) check_sizes();
+  sizes_.clear();
 
   const std::size_t start = context_.at();
   bx_long count = 0;

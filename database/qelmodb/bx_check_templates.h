@@ -22,9 +22,16 @@ struct bx_checked_runs {
   bx_checked_number last_start;
 };
 
+/// Indices that can be judged only when it is known how many things they lead to.
+struct bx_checked_indices {
+  std::size_t first_at = 0;
+  std::size_t distance = 0;  // from one to the next
+  std::vector<std::uint16_t> values;
+};
+
 /// Runs whose values are indices.
 struct bx_checked_index_runs : bx_checked_runs {
-  bx_checked_number highest;
+  bx_checked_indices indices;
 };
 
 template <class Runs>
@@ -58,7 +65,7 @@ struct bx_checked_lines {
 struct bx_checked_set {
   std::string_view name;
   std::vector<std::uint16_t> list_sizes;
-  bx_checked_number highest_entry;
+  bx_checked_indices list_entries;
   std::uint16_t num_wire_template = 0;
   bx_checked_wire_templates wire_templates;
   bx_checked_lines colmap;
@@ -108,6 +115,7 @@ class bx_template_checker : public bx_binary_checker {
   bool array(const char* label, std::uint16_t& count, bx_checked_wire_templates& /*all*/, int least_size,
              Describe describe) {
     context_.end_section("wire lists");
+    errors_before_wire_templates_ = context_.report.errors;
     const bool good = array_count(label, count, least_size) && each(count, [&](int i) {
                         context_.part = neoform("wire template %d", i);
                         bx_checked_wire_template wire;
@@ -146,6 +154,9 @@ class bx_template_checker : public bx_binary_checker {
   void check_wire_template(const bx_checked_wire_template& wire);
   void check_runs(const bx_checked_number& size, const bx_checked_runs& runs, const std::string& of);
   void check_sizes();
+
+  /// Reports those that do not lead to one of count things: "does what 3, but there are 2".
+  void check_indices(const bx_checked_indices& indices, std::size_t count, const char* does_what);
   bool layout(bx_checked_layout& known);
 
   bool warn(std::size_t at, std::string message);
@@ -153,5 +164,6 @@ class bx_template_checker : public bx_binary_checker {
 
   bx_checked_set set_;
   std::vector<pending_size> sizes_;
+  std::int64_t errors_before_wire_templates_ = 0;
   std::vector<bx_checked_layout> layouts_;
 };

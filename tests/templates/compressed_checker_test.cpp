@@ -205,6 +205,23 @@ TEST_F(CompressedChecker, FindsListsThatLeadBeyondTheWireTemplates) {
   EXPECT_FALSE(loads(file));
 }
 
+TEST_F(CompressedChecker, FindsEveryIndexThatLeadsNowhere) {
+  file.lists = word(3) + word(0) + word(7);
+  file.a_index_runs = test::index_runs({{0, 2}, {1, 9}});
+  EXPECT_EQ(faults_of(file, file.lists),
+            "error 0 a wire list has the wire template 3, but there are 2; "
+            "error 4 a wire list has the wire template 7, but there are 2; "
+            "error 26 wire template 0: the index map leads to offset map 2, but there are 1; "
+            "warning 28 wire template 0: the index map has a run that starts at 1, beyond its size of 1; "
+            "error 30 wire template 0: the index map leads to offset map 9, but there are 1");
+}
+
+// What is then taken for columns and rows would put maps before the fault in the wrong.
+TEST_F(CompressedChecker, DoesNotJudgeSizesOfMapsBehindAFaultOfAWireTemplate) {
+  file.columns = word(2) + number(20) + word(0) + number(20) + word(1);
+  EXPECT_EQ(faults_of(file, file.columns).substr(0, 55), "error 8 the column at xmin = 20 stands behind that at 2");
+}
+
 TEST_F(CompressedChecker, FindsCountsThatTheBytesDoNotJustify) {
   file.list_count = word(60000);
   EXPECT_EQ(faults_of(file, file.list_count).substr(0, 45), "error 0 the wire list count is 60000, but the");
@@ -315,7 +332,7 @@ TEST_F(CompressedChecker, FindsSwitchMatricesOutsideOfTheGrid) {
   file.first_box = box_bytes({11, -6, 12, 0});
   EXPECT_EQ(faults_of(file, file.first_box),
             "error 0 no column of the switch matrices begins at x = 11 [TOP/BASIC_ASS]; "
-            "error 0 no row of the switch matrices begins at y = -6 [TOP/BASIC_ASS]");
+            "error 4 no row of the switch matrices begins at y = -6 [TOP/BASIC_ASS]");
   // Without wires a place is not asked for.
   file = parts();
   file.list_sizes = word(0) + word(2);
