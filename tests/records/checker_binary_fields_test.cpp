@@ -2,68 +2,17 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // A fault planted in every field of binary files, one after the other: each is told at its place, with the path to it.
-#include "binary_fields.h"
+#include "binary_tree_fields.h"
 
 namespace {
 
-using test::described_file;
-using test::fault_planter;
+using test::binary_fields;
 using test::field;
 using test::number;
 using test::plain_instance;
 using test::plain_wire;
-using test::reference;
 using test::sort;
 using test::told;
-
-constexpr int least_wire = 8 + 4 + 4;
-constexpr int least_instance = 8 + 16 + 4 + 4;
-constexpr int least_grid_instance = 1 + 16 + 4;
-
-/// Writes a tree in binary.
-class binary_fields {
- public:
-  binary_fields(const plain_instance& root, test::content what) : file(what), names(file) {
-    file.add_first_line('B');
-    if (what == test::content::database)
-      names.add_table({"TOP", "CLK", "RST", "LOGIC_1", "IN$a$b", "OUT", "BASIC_ASS", "W1", "W2", "DEEP", "", "RAM"});
-    add(root);
-  }
-
-  described_file file;
-  test::name_fields names;
-
- private:
-  void add(const plain_instance& inst) {
-    const bool is_grid = file.what == test::content::grid;
-    const bool is_root = file.records.empty();
-    file.begin_record(static_cast<bx_long>(inst.children.size()));
-    if (is_grid) {
-      file.add(sort::stored_name, "name", inst.name);
-      file.add(sort::nul, "NUL", std::string(1, '\0'));
-    } else {
-      names.add_reference(inst.name, is_root ? sort::root_reference : sort::reference);
-    }
-    test::add_box(file, inst.edges);
-    file.enter_record(inst.name);
-    if (!is_grid) {
-      add_count(sort::wire_count, "wire count", inst.wires.size(), least_wire);
-      for (const plain_wire& wire : inst.wires) {
-        names.add_reference(wire.name, sort::reference);
-        file.add(sort::coordinate, "x", number(wire.x));
-        file.add(sort::coordinate, "y", number(wire.y));
-      }
-    }
-    add_count(sort::child_count, "child count", inst.children.size(), is_grid ? least_grid_instance : least_instance);
-    for (const plain_instance& child : inst.children) add(child);
-    file.leave_record();
-  }
-
-  void add_count(sort kind, const char* label, std::size_t count, int least) {
-    const auto value = static_cast<bx_long>(count);
-    file.add(kind, label, number(value), value, least);
-  }
-};
 
 /// Plants all faults of all fields of one file.
 class binary_planter : public test::binary_fault_planter {
@@ -196,7 +145,8 @@ TEST(CheckerBinaryFields, OfADatabaseTellEveryPlantedFaultAtItsPlace) {
 
 TEST(CheckerBinaryFields, OfAGridTellEveryPlantedFaultAtItsPlace) {
   expect_every_field_told(binary_fields(test::rich_tree(), test::content::grid),
-                          "the name is cut off by the end of the file", {64, 18, 234, 212}, {"xmin", "ymin", "xmax", "ymax"});
+                          "the name is cut off by the end of the file", {64, 18, 234, 212},
+                          {"xmin", "ymin", "xmax", "ymax"});
 }
 
 TEST(CheckerBinaryFields, AreFollowedByNothing) {
