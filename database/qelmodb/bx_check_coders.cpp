@@ -74,21 +74,22 @@ void bx_check_context::add(severity level, std::size_t offset, std::string messa
   report.faults.push_back({level, static_cast<std::int64_t>(offset), line_at(offset), path(), std::move(message)});
 }
 
-// A deep tree has long paths, and each fault has one.
+// The file holds each name once, but a path may hold it at every level: of a long one the root and the end are kept.
 std::string bx_check_context::path() const {
-  constexpr std::size_t most_names = 32;
-  const std::size_t half = most_names / 2;
-  std::string text;
-  for (std::size_t i = 0; i < names.size(); ++i) {
-    if (i == half && names.size() > most_names) {
-      text += "/...";
-      i = names.size() - half;
-    }
-    if (i != 0) text += '/';
-    text += names[i];
+  constexpr std::size_t longest = 400;
+  const std::size_t count = names.size() + (wire.empty() ? 0 : 1);
+  const auto name = [this](std::size_t i) { return i < names.size() ? names[i] : wire; };
+  std::size_t first = count;
+  for (std::size_t length = 0; first > 0 && length + name(first - 1).size() < longest; --first) {
+    length += name(first - 1).size() + 1;
   }
-  if (!wire.empty()) text.append(names.empty() ? "" : "/").append(wire);
-  return text;
+  std::string path;
+  if (first > 0) path.append(name(0)).append(first > 1 ? "/..." : "");
+  for (std::size_t i = first; i < count; ++i) {
+    if (!path.empty()) path += '/';
+    path += name(i);
+  }
+  return path;
 }
 
 bool bx_check_context::report_progress() {

@@ -111,12 +111,15 @@ void bx_template_checker::check_wire_template(const bx_checked_wire_template& wi
   }
   const bool by_column = wire.span_dir.value == 1;
   check_runs(wire.index_map.size, wire.index_map.ranges, "the index map");
-  sizes_.push_back({wire.index_map.size, by_column});
+  for (std::size_t i = first_size_; i < sizes_.size(); ++i) sizes_[i].by_column = !by_column;
+  sizes_.push_back({wire.index_map.size.at, wire.index_map.size.value, by_column});
   check_indices(wire.index_map.ranges.indices, wire.num_offset_map, "the index map leads to offset map");
-  for (std::size_t k = 0; k < wire.offset_maps.size(); ++k) {
-    check_runs(wire.offset_maps[k].size, wire.offset_maps[k].ranges, neoform("offset map %zu", k));
-    sizes_.push_back({wire.offset_maps[k].size, !by_column});
-  }
+}
+
+// Whether it goes by columns or by rows shows when the whole wire template is read.
+void bx_template_checker::check_offset_map(const bx_checked_map<bx_checked_runs>& map, int number) {
+  check_runs(map.size, map.ranges, neoform("offset map %d", number));
+  sizes_.push_back({map.size.at, map.size.value, false});
 }
 
 void bx_template_checker::check_indices(const bx_checked_indices& indices, std::size_t count, const char* does_what) {
@@ -132,9 +135,9 @@ void bx_template_checker::check_sizes() {
   const std::size_t rows = set_.rowmap.coordinates.size();
   for (const pending_size& pending : sizes_) {
     const std::size_t wanted = pending.by_column ? columns : rows;
-    if (pending.size.value == wanted) continue;
-    object(pending.size.at, neoform("a range map has a size of %d, but there are %zu %s", pending.size.value, wanted,
-                                    pending.by_column ? "columns" : "rows"));
+    if (pending.size == wanted) continue;
+    object(pending.at, neoform("a range map has a size of %d, but there are %zu %s", pending.size, wanted,
+                               pending.by_column ? "columns" : "rows"));
   }
 }
 

@@ -40,13 +40,16 @@ struct bx_checked_map {
   Runs ranges;
 };
 
+/// Offset maps are checked one by one, and none is kept.
+struct bx_checked_offset_maps {};
+
 struct bx_checked_wire_template {
   std::string_view name;
   bx_checked_number absolute;
   bx_checked_number span_dir;
   bx_checked_map<bx_checked_index_runs> index_map;
   std::uint16_t num_offset_map = 0;
-  std::vector<bx_checked_map<bx_checked_runs>> offset_maps;
+  bx_checked_offset_maps offset_maps;
 };
 
 /// Wire templates are checked one by one, and none is kept.
@@ -118,6 +121,7 @@ class bx_template_checker : public bx_binary_checker {
     errors_before_wire_templates_ = context_.report.errors;
     const bool good = array_count(label, count, least_size) && each(count, [&](int i) {
                         context_.part = neoform("wire template %d", i);
+                        first_size_ = sizes_.size();
                         bx_checked_wire_template wire;
                         if (!describe(wire)) return false;
                         check_wire_template(wire);
@@ -126,6 +130,17 @@ class bx_template_checker : public bx_binary_checker {
     context_.part.clear();
     if (good) context_.end_section("wire templates");
     return good;
+  }
+
+  template <class Describe>
+  bool array(const char* label, std::uint16_t& count, bx_checked_offset_maps& /*all*/, int least_size,
+             Describe describe) {
+    return array_count(label, count, least_size) && each(count, [&](int i) {
+             bx_checked_map<bx_checked_runs> map;
+             if (!describe(map)) return false;
+             check_offset_map(map, i);
+             return true;
+           });
   }
 
   bool entries(const char* label, const char* key_label, const char* value_label, bx_checked_index_runs& runs);
@@ -137,7 +152,8 @@ class bx_template_checker : public bx_binary_checker {
  private:
   /// The size of a range map can be judged only when columns and rows, which stand behind it, are known.
   struct pending_size {
-    bx_checked_number size;
+    std::size_t at;
+    std::uint16_t size;
     bool by_column;
   };
 
@@ -152,6 +168,7 @@ class bx_template_checker : public bx_binary_checker {
   bool array_count(const char* label, std::uint16_t& count, int least_size);
   bool run_start(const char* label, bx_checked_runs& runs);
   void check_wire_template(const bx_checked_wire_template& wire);
+  void check_offset_map(const bx_checked_map<bx_checked_runs>& map, int number);
   void check_runs(const bx_checked_number& size, const bx_checked_runs& runs, const std::string& of);
   void check_sizes();
 
@@ -164,6 +181,7 @@ class bx_template_checker : public bx_binary_checker {
 
   bx_checked_set set_;
   std::vector<pending_size> sizes_;
+  std::size_t first_size_ = 0;  // of the wire template in hand
   std::int64_t errors_before_wire_templates_ = 0;
   std::vector<bx_checked_layout> layouts_;
 };

@@ -255,6 +255,21 @@ TEST(Checker, ShowsNamesInMessagesAndPathsWithoutControlCharacters) {
   EXPECT_EQ(order.text(), "line 10: " + order.message + " [T\\x0AP\\x7F\xc3\xa4/C/B$1]");
 }
 
+TEST(Checker, KeepsTheRootAndTheEndOfALongPath) {
+  const auto path_at = [](int levels) {
+    std::string bytes = "BX_DB:A\n";
+    for (int i = 0; i < levels; ++i) bytes += "BX_INSTANCE: \"N" + std::to_string(i + 100) + "\" (0, 0) (1, 1)\n0\n1\n";
+    return only_fault(bytes).path;
+  };
+  std::string whole = "N100";
+  for (int i = 1; i < 80; ++i) whole += "/N" + std::to_string(i + 100);
+  EXPECT_EQ(path_at(79), whole.substr(0, whole.size() - 5));
+  EXPECT_EQ(path_at(80), whole);
+  // The last ones have room for 80 names.
+  EXPECT_EQ(path_at(81), whole + "/N180");
+  EXPECT_EQ(path_at(82), "N100/..." + whole.substr(9) + "/N180/N181");
+}
+
 TEST(Checker, ChecksFilesByNameAndTellsThoseItCannotRead) {
   const test::temporary_folder folder;
   test::write_file(folder.file("a.bxd"), sound_text);

@@ -244,7 +244,6 @@ class damaged_files {
 };
 
 TEST(CaseRunnerDeathTest, TellsDocumentedEndsFromAllOthersAndGoesOnBehindThem) {
-  volatile std::size_t beyond = 4;
   std::vector<std::pair<ending, std::function<void()>>> cases = {
       {ending::none, [] {}},
       {ending::fast_fail, [] { std::abort(); }},
@@ -254,7 +253,10 @@ TEST(CaseRunnerDeathTest, TellsDocumentedEndsFromAllOthersAndGoesOnBehindThem) {
       {ending::undocumented, [] { pause(); }},
       {ending::none, [] {}}};
 #ifdef __SANITIZE_ADDRESS__
-  cases.push_back({ending::undocumented, [&] { std::vector<char>(4).data()[beyond] = 1; }});
+  cases.push_back({ending::undocumented, [] {
+                     volatile std::size_t beyond = 4;
+                     std::vector<char>(4).data()[beyond] = 1;
+                   }});
   cases.push_back({ending::undocumented, [] { raise(SIGSEGV); }});
 #endif
   if (__ubsan_handle_builtin_unreachable != nullptr) {

@@ -148,24 +148,6 @@ TEST(Limits, StandBeforeWhatAFileClaims) {
   EXPECT_EQ(report.faults[0].offset, 0);
 }
 
-TEST(LongPaths, AreToldWithoutTheirMiddle) {
-  std::string bytes = test::binary_line + test::table_bytes({{1, std::string(99, 'N')}, {2, "END"}});
-  constexpr int depth = 20000;
-  for (int i = 0; i < depth; ++i) {
-    bytes += test::reference(1) + test::box_bytes({0, 0, 1, 1}) + test::number(0) + test::number(1);
-  }
-  bytes += test::instance_bytes(2, {5, 5, 0, 9});  // sticks out, and is not normalised
-  const check_report report = qelmodb::check_bytes(bytes, content::database);
-  ASSERT_EQ(report.faults.size(), 2U);
-  const std::string& path = report.faults[0].path;
-  const std::string name = std::string(99, 'N') + "/";
-  std::string expected;
-  for (int i = 0; i < 16; ++i) expected += name;
-  expected += ".../";
-  for (int i = 0; i < 15; ++i) expected += name;
-  EXPECT_EQ(path, expected + "END");
-}
-
 class LoadChecked : public testing::Test {
  protected:
   std::string made(const std::string& bytes) {
