@@ -18,7 +18,8 @@ class binary_fields {
   binary_fields(const plain_instance& root, content what) : file(what), names(file) {
     file.add_first_line('B');
     if (what == content::database)
-      names.add_table({"TOP", "CLK", "RST", "LOGIC_1", "IN$a$b", "OUT", "BASIC_ASS", "W1", "W2", "DEEP", "", "RAM"});
+      names.add_table(
+          {"TOP", "CLK", "RST", "LOGIC_1", "IN$a$b", "OUT", "BASIC_ASS", "W1", "W2", "DEEP", "", longest_name});
     add(root);
   }
 

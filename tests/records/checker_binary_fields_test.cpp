@@ -139,13 +139,13 @@ TEST(CheckerBinaryFields, OfADatabaseTellEveryPlantedFaultAtItsPlace) {
   // Any number is a coordinate, and a root may be nameless.
   expect_every_field_told(
       binary_fields(test::rich_tree(), test::content::database), "expected the 8 bytes of a name reference, found 0",
-      {196, 29, 664, 371},
+      {196, 29, 760, 371},
       {"xmin", "ymin", "xmax", "ymax", "x", "y", "reference to TOP", "address of TOP", "address of of nothing"});
 }
 
 TEST(CheckerBinaryFields, OfAGridTellEveryPlantedFaultAtItsPlace) {
   expect_every_field_told(binary_fields(test::rich_tree(), test::content::grid),
-                          "the name is cut off by the end of the file", {64, 18, 234, 212},
+                          "the name is cut off by the end of the file", {64, 18, 330, 212},
                           {"xmin", "ymin", "xmax", "ymax"});
 }
 

@@ -70,8 +70,7 @@ class text_planter : public fault_planter {
       case sort::name:
         return plant_name(f);
       case sort::close_quote:
-        fault_here("", before(1).at, "no closing quote");
-        return fault_here("'", before(1).at, "no closing quote");
+        return plant_close_quote();
       case sort::point_gap:
         fault_here("", f.at, "expected ' ' before a point, found \"(");
         return fault_here("\t", f.at, "expected ' ' before a point, found \"\\x09");
@@ -125,14 +124,21 @@ class text_planter : public fault_planter {
   }
 
   void plant_name(const field& f) {
-    const std::string rest = file().bytes.substr(f.at, f.size);
+    const std::string rest = file().bytes.substr(f.at, f.size / 2);
     fault_here(std::string(longest_key + 1, 'n'), f.at, "the name is longer than 99 characters");
     fault_here('\0' + rest, f.at, "the name holds a NUL byte");
     fault_here(rest + '\0', f.at, "the name holds a NUL byte");
-    fault_here(rest + "\"more", f.end() + 1, "expected ' ' before a point, found \"more");
+    fault_here(rest + "\"more", f.at + rest.size() + 1, "expected ' ' before a point, found \"more");
     fine_here(std::string(longest_key, 'n'));
     fine_here("");
     fine_here("line\nend");
+  }
+
+  void plant_close_quote() {
+    // Nothing shows that the longest name is not longer.
+    const bool is_longest = before(1).size == longest_key;
+    const std::string words = is_longest ? "longer than 99 characters" : "the name has no closing quote";
+    for (const char* instead : {"", "'", " "}) fault_here(instead, before(1).at, words);
   }
 
   static std::string expected_number(const field& number, const field& end) {
@@ -293,11 +299,11 @@ TEST(CheckerTextFields, AreThoseOfASoundFileThatTheLibraryWritesToo) {
 }
 
 TEST(CheckerTextFields, OfADatabaseTellEveryPlantedFaultAtItsPlace) {
-  expect_every_field_told(text_fields(test::rich_tree(), test::content::database), 2336, 669, 636);
+  expect_every_field_told(text_fields(test::rich_tree(), test::content::database), 2357, 765, 636);
 }
 
 TEST(CheckerTextFields, OfAGridTellEveryPlantedFaultAtItsPlace) {
-  expect_every_field_told(text_fields(test::rich_tree(), test::content::grid), 1291, 351, 345);
+  expect_every_field_told(text_fields(test::rich_tree(), test::content::grid), 1300, 447, 345);
 }
 
 }  // namespace

@@ -147,6 +147,9 @@ struct plain_instance {
   std::vector<plain_instance> children;
 };
 
+/// The longest that text files and name tables can hold.
+inline const std::string longest_name(99, 'R');
+
 /// Four levels, wires at most of them, names that other instances' wires have, too, without characters and with "$". No
 /// number has a byte that is a line end.
 inline plain_instance rich_tree() {
@@ -158,7 +161,8 @@ inline plain_instance rich_tree() {
   const plain_instance twin{"LOGIC_1", {2, 20, 9, 29}, {}, {}};
   const plain_instance deep_too{"DEEP", {11, 3, 12, 4}, {}, {}};
   const plain_instance nameless_too{"", {12, 20, 19, 29}, {{"W2", 3, 4}}, {}};
-  const plain_instance block{"RAM", {11, 1, 19, 29}, {{"CLK", 1, 1}, {"IN$a$b", 1, 1}}, {deep_too, nameless_too}};
+  const plain_instance block{
+      longest_name, {11, 1, 19, 29}, {{"CLK", 1, 1}, {"IN$a$b", 1, 1}}, {deep_too, nameless_too}};
   return {"TOP", {-1, -9, 100, 50}, {{"CLK", 0, 0}, {"RST", 3, -300}}, {logic, nameless, twin, block}};
 }
 
