@@ -53,7 +53,7 @@ bx_long present_children(const BX_INSTANCE& inst) {
 class BX_INSTANCE::regrouping {
  public:
   explicit regrouping(BX_INSTANCE& parent) : parent_(parent), changed_(nullptr, 0, 0, 0, 0) {
-    static_cast<UT_EXTREMA&>(changed_) = parent;
+    static_cast<UT_EXTREMA&>(changed_) = static_cast<const UT_EXTREMA&>(parent);
     changed_.top = parent.top;
     children_.reserve(static_cast<std::size_t>(parent.instances.getcount()));
     std::copy_if(parent.instances.begin(), parent.instances.end(), std::back_inserter(children_),
@@ -89,7 +89,7 @@ class BX_INSTANCE::regrouping {
 
   void commit() noexcept {
     parent_.instances.a_swap(changed_.instances);
-    static_cast<UT_EXTREMA&>(parent_) = changed_;
+    static_cast<UT_EXTREMA&>(parent_) = static_cast<const UT_EXTREMA&>(changed_);
     parent_.note_child_order();
   }
 

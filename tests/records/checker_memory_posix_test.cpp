@@ -2,71 +2,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // The memory of a check is in proportion to the file, whatever the file holds: 16 bytes for each of its bytes, and what
-// the descriptions of some hundred faults take. All blocks of the process are counted while a meter is on.
-#include <malloc.h>
-
-#include <algorithm>
-#include <cstdlib>
-
+// the descriptions of some hundred faults take. All blocks of the process are counted meanwhile.
 #include "../templates/plain_compressed_file.h"
-
-namespace {
-
-struct memory_use {
-  bool counted;
-  std::ptrdiff_t held, peak;
-};
-memory_use use_of_check{};
-
-void note_block(std::size_t bytes) {
-  if (!use_of_check.counted) return;
-  use_of_check.held += static_cast<std::ptrdiff_t>(bytes);
-  use_of_check.peak = std::max(use_of_check.peak, use_of_check.held);
-}
-
-void note_freed(std::size_t bytes) {
-  if (use_of_check.counted) use_of_check.held -= static_cast<std::ptrdiff_t>(bytes);
-}
-
-}  // namespace
-
-#if defined(__SANITIZE_ADDRESS__)
-extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*allocated)(const volatile void*, std::size_t),
-                                                         void (*freed)(const volatile void*));
-extern "C" std::size_t __sanitizer_get_allocated_size(const volatile void* block);
-
-namespace {
-
-const bool metered =
-    __sanitizer_install_malloc_and_free_hooks([](const volatile void*, std::size_t size) { note_block(size); },
-                                              [](const volatile void* block) {
-                                                if (block != nullptr) note_freed(__sanitizer_get_allocated_size(block));
-                                              }) != 0;
-
-}  // namespace
-#else
-// Stand before those of the C library, for the shared library too.
-extern "C" {
-void* __libc_malloc(std::size_t size);
-void __libc_free(void* block);
-
-void* malloc(std::size_t size) noexcept {
-  void* block = __libc_malloc(size);
-  note_block(malloc_usable_size(block));
-  return block;
-}
-void free(void* block) noexcept {
-  note_freed(malloc_usable_size(block));
-  __libc_free(block);
-}
-}
-
-namespace {
-
-constexpr bool metered = true;
-
-}  // namespace
-#endif
+#include "failing_memory.h"
 
 namespace {
 
@@ -74,19 +12,19 @@ using test::content;
 
 /// What a check holds at most beyond 16 bytes for each byte of the file.
 std::ptrdiff_t memory_beyond_proportion(const std::string& bytes, content what, qelmodb::check_report& report) {
-  use_of_check = {true, 0, 0};
-  report = qelmodb::check_bytes(bytes, what);
-  use_of_check.counted = false;
-  EXPECT_GT(use_of_check.peak, 0);
-  return use_of_check.peak - 16 * static_cast<std::ptrdiff_t>(bytes.size());
+  {
+    const test::allocation_watch watch;
+    report = qelmodb::check_bytes(bytes, what);
+  }
+  const long peak = test::allocation_watch::peak();
+  EXPECT_GT(peak, 0);
+  return peak - 16 * static_cast<std::ptrdiff_t>(bytes.size());
 }
 
 constexpr std::ptrdiff_t for_descriptions = 256 << 10;
 
 class CheckerMemory : public testing::Test {
  protected:
-  void SetUp() override { ASSERT_TRUE(metered); }
-
   void expect_in_proportion(const std::string& bytes, content what = content::database) {
     EXPECT_LT(memory_beyond_proportion(bytes, what, report_), for_descriptions) << bytes.size() << " bytes";
   }

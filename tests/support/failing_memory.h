@@ -27,6 +27,9 @@ class allocation_watch {
 
   /// Those of these that asked the system for pages.
   static long failed_pages() noexcept;
+
+  /// The most bytes that were held at a time of those allocated since the watch began, pages apart.
+  static long peak() noexcept;
 };
 
 /// How something ended that may run out of memory.

@@ -7,8 +7,10 @@
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <sys/mman.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
@@ -22,6 +24,14 @@ std::atomic<long> failed_pages{0};
 std::atomic<long> first_failing{0};
 std::atomic<long> end_of_failing{0};
 std::atomic<long> blocks{0};  // of malloc that are not freed
+long held = 0;                // bytes, while a watch lives; only one thread allocates then
+long most_held = 0;
+
+void note_bytes(long bytes) {
+  if (!watching) return;
+  held += bytes;
+  most_held = std::max(most_held, held);
+}
 
 /// Counts an allocation, and tells whether it is to fail.
 bool refused() {
@@ -88,7 +98,20 @@ void* operator new[](std::size_t size, const std::nothrow_t& tag) noexcept {
   return refused() ? nullptr : next(size, tag);
 }
 
+// Told of every block, be it of malloc or of operator new.
+extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*allocated)(const volatile void*, std::size_t),
+                                                         void (*freed)(const volatile void*));
+extern "C" std::size_t __sanitizer_get_allocated_size(const volatile void* block);
+
+static const int hooked = __sanitizer_install_malloc_and_free_hooks(
+    [](const volatile void*, std::size_t size) { note_bytes(static_cast<long>(size)); },
+    [](const volatile void* block) {
+      if (block != nullptr) note_bytes(-static_cast<long>(__sanitizer_get_allocated_size(block)));
+    });
+
 #else
+
+static long size_of(void* block) { return static_cast<long>(malloc_usable_size(block)); }
 
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
@@ -97,6 +120,7 @@ void __libc_free(void* block);
 
 static void* counted(void* block) {
   if (block != nullptr) blocks.fetch_add(1, std::memory_order_relaxed);
+  note_bytes(size_of(block));
   return block;
 }
 
@@ -108,10 +132,14 @@ void* realloc(void* block, std::size_t size) noexcept {
   if (refused()) return nullptr;
   if (block == nullptr) return counted(__libc_malloc(size));
   if (size == 0) blocks.fetch_sub(1, std::memory_order_relaxed);
-  return __libc_realloc(block, size);
+  const long before = size_of(block);
+  void* moved = __libc_realloc(block, size);
+  if (moved != nullptr || size == 0) note_bytes(size_of(moved) - before);
+  return moved;
 }
 void free(void* block) noexcept {
   if (block != nullptr) blocks.fetch_sub(1, std::memory_order_relaxed);
+  note_bytes(-size_of(block));
   __libc_free(block);
 }
 }
@@ -126,6 +154,7 @@ allocation_watch::allocation_watch(long first, long many) {
   ::made = 0;
   ::failed = 0;
   ::failed_pages = 0;
+  held = most_held = 0;
   first_failing = first;
   end_of_failing = many < none - first ? first + many : none;
   watching = true;
@@ -136,6 +165,7 @@ allocation_watch::~allocation_watch() { watching = false; }
 long allocation_watch::made() noexcept { return ::made; }
 long allocation_watch::failed() noexcept { return ::failed; }
 long allocation_watch::failed_pages() noexcept { return ::failed_pages; }
+long allocation_watch::peak() noexcept { return most_held; }
 
 std::ostream& operator<<(std::ostream& to, memory_end end) {
   return to << (end == memory_end::threw ? "std::bad_alloc" : end == memory_end::gave_true ? "true" : "false");

@@ -84,7 +84,7 @@ TEST_F(BxdbCheck, JsonTellsWhatTheTextTells) {
 TEST_F(BxdbCheck, ControlCharactersOfNamesAreEscaped) {
   const std::string db = made("a.bxd", replaced(small_text(), "\"RIGHT\" (50, ", "\"\x1b[2J\" (-9, "));
   const outcome bad = expect(1, {"check", db});
-  EXPECT_TRUE(holds(bad.out, "\\x1b[2J")) << bad.out;
+  EXPECT_TRUE(holds(bad.out, "\\x1B[2J")) << bad.out;
   EXPECT_FALSE(holds(bad.out, "\x1b"));
 }
 
