@@ -78,8 +78,8 @@ struct fault {
   std::int64_t offset;  ///< of the first byte concerned
   std::int64_t line;    ///< of that byte in a text file, from 1; 0 in a binary file
 
-  /// Names from the root down to the place, joined by "/"; empty outside the tree. Of a long path the middle is left
-  /// out as "...".
+  /// Names from the root down to the place, joined by "/"; empty outside the tree. Of a path of more than 400
+  /// characters the middle is left out as "...". Control characters show as \xNN.
   std::string path;
 
   std::string message;
@@ -158,7 +158,8 @@ BX_API bool load(BX_DB& db, UT_PTRFILE& file, content what, const work_options& 
 
 /// Writes the database to the stream, as BX_DB::dump, dumpgrid and dumpcompress do; the caller commits the stream.
 /// False when the stream failed, or when it was cancelled, which fails the stream. The compressed form is one of
-/// databases that were compressed: false for any other, and for grids.
+/// databases that were compressed: false for any other, for one whose last compress failed, and for grids. Throws
+/// std::bad_alloc; the stream is then cut off.
 BX_API bool dump(const BX_DB& db, UT_PTRFILE& file, form as, content what, const work_options& options = {});
 
 /// Something that a file of a form could not hold.
