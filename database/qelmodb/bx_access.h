@@ -21,4 +21,9 @@ struct bx_access {
   static void release_content(BX_DB& db) { db.release_content(); }
   static bx_compression_aids* aids(BX_DB& db) noexcept { return db.store_->aids; }
   static bx_name_store& names(BX_DB& db) noexcept { return *db.store_; }
+
+  /// Whether all instances refer to templates of the database.
+  static bool is_compressed(const BX_DB& db) noexcept {
+    return db.basicasstemplate != nullptr && !db.store_->half_compressed;
+  }
 };

@@ -45,7 +45,7 @@ unsigned char BX_INSTANCE::readcompress(UT_PTRFILE* file) {
 }
 
 unsigned char BX_DB::writecompress(UT_PTRFILE* file) {
-  if (basicasstemplate == nullptr || store_->half_compressed) return 0;
+  if (!bx_access::is_compressed(*this)) return 0;
   BX_WIRE::resetCurrentXY();
   if (basicasstemplate->writeme_sm(file) == 0) return 0;
   bx_template_writer(*file).count("template count", static_cast<bx_long>(asstemplates.size()));

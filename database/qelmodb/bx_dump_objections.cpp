@@ -5,6 +5,7 @@
 #include <cstring>
 #include <unordered_set>
 
+#include "bx_access.h"
 #include "bx_order.h"
 #include "bx_path_tracker.h"
 #include "qelmocompress.h"
@@ -134,7 +135,7 @@ std::vector<objection> dump_objections(const BX_DB& db, form as, content what, s
     if (as == form::binary && what == content::database) finder.look_at_table();
   } else if (what == content::grid) {
     finder.object("", "there are no compressed grid files");
-  } else if (db.basicasstemplate == nullptr) {
+  } else if (!bx_access::is_compressed(db)) {
     finder.object("", "the database was not compressed");
   } else {
     finder.look_at_templates();

@@ -155,7 +155,7 @@ bool bx_write_grid(const BX_DB& db, UT_PTRFILE& file, bool ascii) {
 }
 
 bool bx_write_compressed(BX_DB& db, UT_PTRFILE& file) {
-  if (db.basicasstemplate == nullptr || bx_access::names(db).half_compressed) return false;
+  if (!bx_access::is_compressed(db)) return false;
   write_first_line(file, bx_compressed_letter);
   write_names(db, file);
   return db.writecompress(&file) != 0;

@@ -102,7 +102,7 @@ unsigned char BX_DB::dumpcompress(const char* filename, bool ascii) {
       });
       return false;
     }
-    if (basicasstemplate == nullptr || store_->half_compressed) return false;
+    if (!bx_access::is_compressed(*this)) return false;
     return dump_file(filename, [&](UT_PTRFILE& file) { return bx_write_compressed(*this, file); });
   });
 }

@@ -160,14 +160,6 @@ class binary_fault_planter : public fault_planter {
   std::size_t index_of(const field& f) const { return static_cast<std::size_t>(&f - file().fields.data()); }
 
  private:
-  void plant_magic(const field& f) {
-    for (std::size_t i = 0; i < f.size; ++i) {
-      std::string changed = file().bytes;
-      changed[i] = '?';
-      fault(f, changed, 0, "not a BX_DB file: expected \"BX_DB:\", found ");
-    }
-  }
-
   /// Shows where the name is first asked for. A root may be nameless.
   void plant_address(const field& f) {
     const field* use = nullptr;

@@ -102,14 +102,6 @@ class text_planter : public fault_planter {
     }
   }
 
-  void plant_magic(const field& f) {
-    for (std::size_t i = 0; i < f.size; ++i) {
-      std::string changed = file().bytes;
-      changed[i] = '?';
-      fault(f, changed, 0, "not a BX_DB file: expected \"BX_DB:\", found ");
-    }
-  }
-
   void plant_label(const field& f) {
     const std::string expected = "expected " + f.what + " \"name\", found ";
     const std::string other = f.what == "BX_WIRE:" ? "BX_INSTANCE:" : "BX_WIRE:";

@@ -192,6 +192,14 @@ class fault_planter {
     ++planted(in).faults;
     expect_told(in, changed, expected);
   }
+  /// Every character of what begins all files.
+  void plant_magic(const field& f) {
+    for (std::size_t i = 0; i < f.size; ++i) {
+      std::string changed = file().bytes;
+      changed[i] = '?';
+      fault(f, changed, 0, "not a BX_DB file: expected \"BX_DB:\", found ");
+    }
+  }
   void fault(const field& in, const std::string& changed, std::size_t place, const std::string& words) {
     fault(in, changed, {place, words, in.path});
   }

@@ -103,26 +103,10 @@ TEST(Limits, AreToldAtTheRecordThatGoesBeyond) {
   EXPECT_EQ(line_and_path(&limits::memory, 2 * instance + 2 * wire), "10 TOP/D");
 }
 
-/// A compressed file whose instances all have the 60000 wires of one template.
-std::string expanding_file(int instances) {
-  constexpr int wires = 60000;
-  BX_DB tree("r", 0, 0, 0, instances);
-  auto* full = new BX_INSTANCE("T", 0, 0, 0, 1);
-  const BX_WIRE wire("W", 0, 0);
-  for (int k = 0; k < wires; ++k) full->addwire(&wire);
-  tree.addinstance(full);
-  qelmodb::intern_root_name(tree);
-  tree.compress();
-  for (int y = 1; y < instances; ++y) {
-    auto* like = new BX_INSTANCE("T", 0, y, 0, y + 1);
-    like->tmplt = full->tmplt;
-    tree.addinstance(like);
-  }
-  return test::dumped(tree, form::compressed);
-}
-
 TEST(Limits, RefuseTreesOutOfProportionToTheirFileByThemselves) {
-  const std::string bytes = expanding_file(4000);
+  BX_DB tree("r", 0, 0, 0, 4000);
+  test::fill_and_compress_alike(tree, 4000, 60000);
+  const std::string bytes = test::dumped(tree, form::compressed);
   ASSERT_LT(bytes.size(), 1U << 20);
   const check_report report = qelmodb::check_bytes(bytes, content::database);
   EXPECT_FALSE(report.loadable());

@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <vector>
 
+#include "qelmocompress.h"
 #include "test_host.h"
 
 namespace test {
@@ -93,6 +94,20 @@ void grow_random_tree(BX_INSTANCE& root, std::mt19937& random, int instances) {
     }
     nodes[static_cast<std::size_t>(pick(0, static_cast<int>(nodes.size()) - 1))]->addinstance(inst);
     nodes.push_back(inst);
+  }
+}
+
+void fill_and_compress_alike(BX_DB& tree, int instances, int wires) {
+  auto* full = new BX_INSTANCE("T", 0, 0, 0, 1);
+  const BX_WIRE wire("W", 0, 0);
+  for (int k = 0; k < wires; ++k) full->addwire(&wire);
+  tree.addinstance(full);
+  qelmodb::intern_root_name(tree);
+  tree.compress();
+  for (int y = 1; y < instances; ++y) {
+    auto* like = new BX_INSTANCE("T", 0, y, 0, y + 1);
+    like->tmplt = full->tmplt;
+    tree.addinstance(like);
   }
 }
 

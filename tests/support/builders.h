@@ -80,4 +80,8 @@ std::string text_of(const BX_INSTANCE& inst);
 /// A random tree below root: names from a small alphabet, some with "$", random rectangles and wires.
 void grow_random_tree(BX_INSTANCE& root, std::mt19937& random, int instances);
 
+/// Compresses a tree of so many instances "T" below its root that all have the wires of one template, of which only the
+/// first has wires itself: what makes a small file of a large tree.
+void fill_and_compress_alike(BX_DB& tree, int instances, int wires);
+
 }  // namespace test

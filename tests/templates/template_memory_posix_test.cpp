@@ -68,6 +68,7 @@ class TemplateMemory : public testing::Test {
   void expect_not_compressed(BX_DB& db, const std::string& tree) {
     UT_MEMFILE file;
     EXPECT_FALSE(qelmodb::dump(db, file, form::compressed, content::database));
+    EXPECT_EQ(qelmodb::dump_objections(db, form::compressed, content::database).size(), 1U);
     EXPECT_EQ(db.writecompress(&file), 0);
     EXPECT_EQ(file.bytes(), "");
     EXPECT_EQ(db.dumpcompress(folder_.file("out").c_str(), false), 0);

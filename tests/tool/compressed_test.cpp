@@ -215,19 +215,7 @@ TEST_F(BxdbCompressed, AMegabyteThatStandsForTwentyGigabytesIsRefusedWithoutBein
   constexpr int wires = 60000;
   constexpr int instances = 21000;
   BX_DB tree("r", 0, 0, 0, instances);
-  auto* full = new BX_INSTANCE("T", 0, 0, 0, 1);
-  for (int k = 0; k < wires; ++k) {
-    const BX_WIRE wire("W", 0, 0);
-    full->addwire(&wire);
-  }
-  tree.addinstance(full);
-  qelmodb::intern_root_name(tree);
-  tree.compress();
-  for (int y = 1; y < instances; ++y) {
-    auto* like = new BX_INSTANCE("T", 0, y, 0, y + 1);
-    like->tmplt = full->tmplt;
-    tree.addinstance(like);
-  }
+  fill_and_compress_alike(tree, instances, wires);
   ASSERT_TRUE(tree.dumpcompress(file("c.bxd").c_str(), false));
   EXPECT_LT(std::filesystem::file_size(file("c.bxd")), 1100000U);
   const outcome refused = expect(2, {"info", file("c.bxd"), "--max-memory", "16G"});
