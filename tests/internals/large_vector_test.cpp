@@ -26,10 +26,12 @@ TEST(LargeVector, KeepsItsElementsWhileItGrowsAndShrinks) {
 
 // From the size on at which memory comes from the system it begins with a page.
 TEST(LargeVector, LiesOnPagesOfItsOwnFromASizeOn) {
-  const UT_LARGE_VECTOR<char> small(large - 1);
   const UT_LARGE_VECTOR<char> whole(large);
   EXPECT_EQ(reinterpret_cast<std::uintptr_t>(whole.data()) % 4096, 0U);
+#ifndef __SANITIZE_THREAD__  // whose operator new gives whole pages
+  const UT_LARGE_VECTOR<char> small(large - 1);
   EXPECT_NE(reinterpret_cast<std::uintptr_t>(small.data()) % 4096, 0U);
+#endif
 }
 
 TEST(LargeVector, OfASizeThatNoMemoryHasIsRefused) {
