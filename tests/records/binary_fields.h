@@ -6,7 +6,6 @@
 #pragma once
 
 #include <algorithm>
-#include <functional>
 
 #include "file_fields.h"
 
@@ -67,8 +66,7 @@ class binary_fault_planter : public fault_planter {
 
  protected:
   /// False for fields that only some forms have.
-  bool plant_common(std::size_t index) {
-    const field& f = file().fields[index];
+  bool plant_common(const field& f) {
     switch (f.kind) {
       case sort::magic:
         plant_magic(f);
@@ -95,8 +93,8 @@ class binary_fault_planter : public fault_planter {
         return true;
       case sort::nul:
         // The name goes on in what follows it.
-        misleading(f, file().with(f, "x"), file().fields[index - 1].at);
-        misleading(f, file().with(f, ""), file().fields[index - 1].at);
+        misleading(f, file().with(f, "x"), before(1).at);
+        misleading(f, file().with(f, ""), before(1).at);
         return true;
       case sort::root_reference:
         fine(f, file().with(f, reference(name_fields::unknown)));
@@ -130,15 +128,7 @@ class binary_fault_planter : public fault_planter {
     }
   }
 
-  /// The file ends before each byte of the field; lacking(field, length) tells what is missing then.
-  void plant_cuts(const field& f, const std::function<told(const field&, std::size_t)>& lacking) {
-    for (std::size_t length = f.at; length < f.end(); ++length) {
-      const std::optional<told> count = unjustified_count(file(), length);
-      this->cut(f, length, count ? *count : lacking(f, length));
-    }
-  }
-
-  told lacking_common(const field& f, std::size_t length) const {
+  told lacking(const field& f, std::size_t length) const override {
     switch (f.kind) {
       case sort::magic:
         return {0, "not a BX_DB file", ""};
@@ -148,7 +138,7 @@ class binary_fault_planter : public fault_planter {
       case sort::name:
         return {f.at, "the name is cut off by the end of the file", ""};
       case sort::nul:
-        return {file().fields[index_of(f) - 1].at, "the name is cut off by the end of the file", ""};
+        return {before(1).at, "the name is cut off by the end of the file", ""};
       default:
         return {f.at,
                 "expected the " + std::to_string(f.size) + " bytes of " + label(f) + ", found " +
@@ -156,8 +146,6 @@ class binary_fault_planter : public fault_planter {
                 f.path};
     }
   }
-
-  std::size_t index_of(const field& f) const { return static_cast<std::size_t>(&f - file().fields.data()); }
 
  private:
   /// Shows where the name is first asked for. A root may be nameless.

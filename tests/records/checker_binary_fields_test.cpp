@@ -19,16 +19,8 @@ class binary_planter : public test::binary_fault_planter {
  public:
   using test::binary_fault_planter::binary_fault_planter;
 
-  void plant_all() {
-    for (std::size_t i = 0; i < file().fields.size(); ++i) {
-      at_ = i;
-      plant(file().fields[i]);
-      plant_cuts(file().fields[i], [this](const field& f, std::size_t length) { return lacking(f, length); });
-    }
-  }
-
  private:
-  void plant(const field& f) {
+  void plant(const field& f) override {
     switch (f.kind) {
       case sort::letter:
         return plant_letter(f);
@@ -38,7 +30,7 @@ class binary_planter : public test::binary_fault_planter {
         plant_count(f);
         return plant_wire_count_off(f);
       default:
-        EXPECT_TRUE(plant_common(at_)) << f.what;
+        EXPECT_TRUE(plant_common(f)) << f.what;
     }
   }
 
@@ -64,7 +56,7 @@ class binary_planter : public test::binary_fault_planter {
 
   /// What stands behind the wires is not a wire, and a wire is no child count.
   void plant_wire_count_off(const field& f) {
-    std::size_t behind_wires = at_ + 1;
+    std::size_t behind_wires = at() + 1;
     std::size_t last_wire = 0;
     while (file().fields[behind_wires].kind != sort::child_count) {
       if (file().fields[behind_wires].kind == sort::reference) last_wire = file().fields[behind_wires].at;
@@ -76,14 +68,11 @@ class binary_planter : public test::binary_fault_planter {
     if (f.value > 0) fault(f, file().with(f, number(f.value - 1)), last_wire, "the child count is ");
   }
 
-  /// What a file lacks that ends within a field.
-  told lacking(const field& f, std::size_t length) const {
+  told lacking(const field& f, std::size_t length) const override {
     const bool is_nul = f.kind == sort::nul;
-    if (!is_nul && f.kind != sort::stored_name) return lacking_common(f, length);
-    return {is_nul ? file().fields[at_ - 1].at : f.at, "the name is cut off by the end of the file", f.path};
+    if (!is_nul && f.kind != sort::stored_name) return test::binary_fault_planter::lacking(f, length);
+    return {is_nul ? before(1).at : f.at, "the name is cut off by the end of the file", f.path};
   }
-
-  std::size_t at_ = 0;
 };
 
 /// The numbers of what is expected.

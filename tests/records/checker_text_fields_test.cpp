@@ -20,19 +20,8 @@ class text_planter : public fault_planter {
  public:
   using fault_planter::fault_planter;
 
-  void plant_all() {
-    for (std::size_t i = 0; i < file().fields.size(); ++i) {
-      at_ = i;
-      plant(file().fields[i]);
-      plant_cuts(file().fields[i]);
-    }
-  }
-
  private:
-  const field& here() const { return file().fields[at_]; }
-  const field& before(std::size_t fields) const { return file().fields.at(at_ - fields); }
-  const field& behind(std::size_t fields) const { return file().fields.at(at_ + fields); }
-  bool is_last(std::size_t fields) const { return at_ + fields >= file().fields.size(); }
+  bool is_last(std::size_t fields) const { return at() + fields >= file().fields.size(); }
 
   void fault_here(const std::string& instead, std::size_t place, const std::string& words) {
     fault(here(), file().with(here(), instead), place, words);
@@ -43,7 +32,7 @@ class text_planter : public fault_planter {
   }
   void fine_here(const std::string& instead) { fine(here(), file().with(here(), instead)); }
 
-  void plant(const field& f) {
+  void plant(const field& f) override {
     switch (f.kind) {
       case sort::magic:
         return plant_magic(f);
@@ -182,7 +171,7 @@ class text_planter : public fault_planter {
 
   /// The record that is missing, or too much, stands where the child count does or right before it.
   void plant_wire_count_off(const field& f) {
-    std::size_t behind_wires = at_ + 2;
+    std::size_t behind_wires = at() + 2;
     std::size_t last_wire = 0;
     while (file().fields[behind_wires].kind != sort::child_count) {
       if (file().fields[behind_wires].kind == sort::label) last_wire = file().fields[behind_wires].at;
@@ -225,16 +214,7 @@ class text_planter : public fault_planter {
     fault_here("", place, next.value > 0 ? "expected BX_WIRE: " : "the child count");
   }
 
-  /// The file ends before each byte of the field.
-  void plant_cuts(const field& f) {
-    for (std::size_t length = f.at; length < f.end(); ++length) {
-      const std::optional<told> count = unjustified_count(file(), length);
-      cut(f, length, count ? *count : lacking(f, length));
-    }
-  }
-
-  /// What a file lacks that ends at a length.
-  told lacking(const field& f, std::size_t length) const {
+  told lacking(const field& f, std::size_t length) const override {
     switch (f.kind) {
       case sort::magic:
         return {0, "not a BX_DB file", ""};
@@ -261,7 +241,6 @@ class text_planter : public fault_planter {
     return f.kind == sort::record_end || f.kind == sort::count_end || f.least != 0;
   }
 
-  std::size_t at_ = 0;
   std::size_t record_ = 0;
 };
 

@@ -173,12 +173,37 @@ struct told {
   std::string path;
 };
 
-/// Plants faults and holds what the checker says against what it has to say.
+/// The first count before the end of a cut file that promises more than what is left, if any. Widths are those of the
+/// count fields with what ends them, which text has.
+inline std::optional<told> unjustified_count(const described_file& file, std::size_t length) {
+  for (std::size_t i = 0; i < file.fields.size(); ++i) {
+    const field& count = file.fields[i];
+    if (count.least == 0) continue;
+    const bool ends_apart = i + 1 < file.fields.size() && file.fields[i + 1].kind == sort::count_end;
+    const std::size_t end = ends_apart ? file.fields[i + 1].end() : count.end();
+    if (end > length) return std::nullopt;
+    if (static_cast<std::size_t>(count.value) * static_cast<std::size_t>(count.least) > length - end) {
+      return told{count.at, "bytes left hold at most", count.path};
+    }
+  }
+  return std::nullopt;
+}
+
+/// Plants faults in all fields of a file, cuts it at every byte, and holds what the checker says against what it has to
+/// say.
 class fault_planter {
  public:
   explicit fault_planter(const described_file& file) : file_(file), planted_(file.fields.size()) {}
+  fault_planter(const fault_planter&) = delete;
+  fault_planter& operator=(const fault_planter&) = delete;
+  virtual ~fault_planter() = default;
 
-  const described_file& file() const { return file_; }
+  void plant_all() {
+    for (at_ = 0; at_ < file_.fields.size(); ++at_) {
+      plant(here());
+      plant_cuts(here());
+    }
+  }
 
   /// What was planted in fields so far, by how well the place is known; and what no fault was.
   int exact() const { return exact_; }
@@ -186,28 +211,39 @@ class fault_planter {
   int accepted() const { return accepted_; }
   int cuts() const { return cuts_; }
 
+  /// The fields in which nothing that was planted is a fault.
+  std::set<std::string> harmless() const {
+    std::set<std::string> found;
+    for (std::size_t i = 0; i < planted_.size(); ++i) {
+      if (planted_[i].faults == 0) found.insert(file_.fields[i].what);
+      EXPECT_GT(planted_[i].faults + planted_[i].others, 0) << file_.fields[i].what << " at " << file_.fields[i].at;
+    }
+    return found;
+  }
+
+ protected:
+  /// Plants all faults of the field in hand.
+  virtual void plant(const field& f) = 0;
+
+  /// What a file lacks that ends at a length, which is within the field in hand.
+  virtual told lacking(const field& f, std::size_t length) const = 0;
+
+  const described_file& file() const { return file_; }
+
+  /// The field in hand, and those around it.
+  std::size_t at() const { return at_; }
+  const field& here() const { return file_.fields[at_]; }
+  const field& before(std::size_t fields) const { return file_.fields.at(at_ - fields); }
+  const field& behind(std::size_t fields) const { return file_.fields.at(at_ + fields); }
+
   /// The first error must be just where it is told to be.
   void fault(const field& in, const std::string& changed, const told& expected) {
     ++exact_;
     ++planted(in).faults;
     expect_told(in, changed, expected);
   }
-  /// Every character of what begins all files.
-  void plant_magic(const field& f) {
-    for (std::size_t i = 0; i < f.size; ++i) {
-      std::string changed = file().bytes;
-      changed[i] = '?';
-      fault(f, changed, 0, "not a BX_DB file: expected \"BX_DB:\", found ");
-    }
-  }
   void fault(const field& in, const std::string& changed, std::size_t place, const std::string& words) {
     fault(in, changed, {place, words, in.path});
-  }
-
-  /// The same for a file that ends within the field.
-  void cut(const field& in, std::size_t length, const told& expected) {
-    ++cuts_;
-    expect_told(in, file_.bytes.substr(0, length), expected);
   }
 
   /// What follows the field is read as something else, up to a place that does not depend on the field alone: the
@@ -232,14 +268,13 @@ class fault_planter {
     EXPECT_TRUE(loaded(db, changed, file_.what)) << about(in, changed);
   }
 
-  /// The fields in which nothing that was planted is a fault.
-  std::set<std::string> harmless() const {
-    std::set<std::string> found;
-    for (std::size_t i = 0; i < planted_.size(); ++i) {
-      if (planted_[i].faults == 0) found.insert(file_.fields[i].what);
-      EXPECT_GT(planted_[i].faults + planted_[i].others, 0) << file_.fields[i].what << " at " << file_.fields[i].at;
+  /// Every character of what begins all files.
+  void plant_magic(const field& f) {
+    for (std::size_t i = 0; i < f.size; ++i) {
+      std::string changed = file_.bytes;
+      changed[i] = '?';
+      fault(f, changed, 0, "not a BX_DB file: expected \"BX_DB:\", found ");
     }
-    return found;
   }
 
  private:
@@ -247,6 +282,15 @@ class fault_planter {
     int faults = 0;
     int others = 0;
   };
+
+  /// The file ends before each byte of the field.
+  void plant_cuts(const field& f) {
+    for (std::size_t length = f.at; length < f.end(); ++length) {
+      const std::optional<told> count = unjustified_count(file_, length);
+      ++cuts_;
+      expect_told(f, file_.bytes.substr(0, length), count ? *count : lacking(f, length));
+    }
+  }
 
   counts& planted(const field& in) { return planted_[static_cast<std::size_t>(&in - file_.fields.data())]; }
 
@@ -286,27 +330,12 @@ class fault_planter {
 
   const described_file& file_;
   std::vector<counts> planted_;
+  std::size_t at_ = 0;
   int exact_ = 0;
   int vague_ = 0;
   int accepted_ = 0;
   int cuts_ = 0;
 };
-
-/// The first count before the end of a cut file that promises more than what is left, if any. Widths are those of the
-/// count fields with what ends them, which text has.
-inline std::optional<told> unjustified_count(const described_file& file, std::size_t length) {
-  for (std::size_t i = 0; i < file.fields.size(); ++i) {
-    const field& count = file.fields[i];
-    if (count.least == 0) continue;
-    const bool ends_apart = i + 1 < file.fields.size() && file.fields[i + 1].kind == sort::count_end;
-    const std::size_t end = ends_apart ? file.fields[i + 1].end() : count.end();
-    if (end > length) return std::nullopt;
-    if (static_cast<std::size_t>(count.value) * static_cast<std::size_t>(count.least) > length - end) {
-      return told{count.at, "bytes left hold at most", count.path};
-    }
-  }
-  return std::nullopt;
-}
 
 /// One more than the bytes behind a place can hold.
 inline bx_long one_too_many(const described_file& file, std::size_t behind, int least) {

@@ -20,31 +20,20 @@ class compressed_planter : public test::binary_fault_planter {
  public:
   using test::binary_fault_planter::binary_fault_planter;
 
-  void plant_all() {
-    for (std::size_t i = 0; i < file().fields.size(); ++i) {
-      at_ = i;
-      plant(file().fields[i]);
-      plant_cuts(file().fields[i], [this](const field& f, std::size_t length) { return lacking_common(f, length); });
-    }
-  }
-
  private:
-  const field& behind(std::size_t fields) const { return file().fields.at(at_ + fields); }
-  const field& before(std::size_t fields) const { return file().fields.at(at_ - fields); }
-
   /// The next field of a kind behind that in hand, or before it.
   const field& next(sort kind) const {
-    std::size_t i = at_ + 1;
+    std::size_t i = at() + 1;
     while (file().fields.at(i).kind != kind) ++i;
     return file().fields[i];
   }
   const field& last(sort kind) const {
-    std::size_t i = at_ - 1;
+    std::size_t i = at() - 1;
     while (file().fields.at(i).kind != kind) --i;
     return file().fields[i];
   }
   bool has_next(sort kind, sort until) const {
-    std::size_t i = at_ + 1;
+    std::size_t i = at() + 1;
     while (file().fields.at(i).kind != kind && file().fields[i].kind != until) ++i;
     return file().fields[i].kind == kind;
   }
@@ -52,20 +41,20 @@ class compressed_planter : public test::binary_fault_planter {
   std::size_t own_value(const field& f) const { return test::number_at(file().bytes, f.at, static_cast<int>(f.size)); }
 
   void fault_word(std::size_t value, const field& place, const std::string& words) {
-    const field& f = file().fields[at_];
+    const field& f = here();
     fault(f, file().with(f, word_of(value)), {place.at, words, place.path});
   }
-  void fault_word(std::size_t value, const std::string& words) { fault_word(value, file().fields[at_], words); }
+  void fault_word(std::size_t value, const std::string& words) { fault_word(value, here(), words); }
   void fine_word(std::size_t value) {
-    const field& f = file().fields[at_];
+    const field& f = here();
     fine(f, file().with(f, word_of(value)));
   }
   void misleading_word(std::size_t value, const field& start) {
-    const field& f = file().fields[at_];
+    const field& f = here();
     misleading(f, file().with(f, word_of(value)), start.at);
   }
 
-  void plant(const field& f) {
+  void plant(const field& f) override {
     switch (f.kind) {
       case sort::letter:
         return plant_letter(f);
@@ -143,7 +132,7 @@ class compressed_planter : public test::binary_fault_planter {
       case sort::template_reference:
         return plant_template_reference(f);
       default:
-        EXPECT_TRUE(plant_common(at_)) << f.what;
+        EXPECT_TRUE(plant_common(f)) << f.what;
     }
   }
 
@@ -295,8 +284,6 @@ class compressed_planter : public test::binary_fault_planter {
     }
     for (const std::size_t value : {0U, 1U, 2U, 0x8002U}) fine_word(value);
   }
-
-  std::size_t at_ = 0;
 };
 
 TEST(CompressedCheckerFields, AreThoseOfASoundFileThatHoldsTheTree) {
