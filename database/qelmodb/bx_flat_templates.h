@@ -64,7 +64,7 @@ class bx_value_table {
  public:
   /// along_first: for an index and then by map; otherwise for a map and then by index.
   bx_value_table(const RANGE_MAP<T>* maps, std::size_t count, bool along_first) {
-    if (count == 0 || !are_dense(maps, count)) return;
+    if (count == 0 || maps[0].size == 0 || !are_dense(maps, count)) return;
     size_ = maps[0].size;
     along_step_ = along_first ? count : 1;
     map_step_ = along_first ? 1 : size_;

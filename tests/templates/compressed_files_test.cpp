@@ -330,6 +330,21 @@ TEST_F(CompressedFiles, ThatLackAColumnEndTheProcessAsDocumented) {
   EXPECT_FALSE(qelmodb::check_bytes(damaged, content::database).loadable());
 }
 
+TEST_F(CompressedFiles, WithOffsetMapsOfNoSizeEndTheProcessAsDocumented) {
+  const std::string map = word(0) + test::offset_runs({{0, {1, 1}}});
+  const std::string wire =
+      reference(2) + word(0) + word(2) + word(1) + test::index_runs({{0, 0}}) + word(2) + map + map;
+  const std::string set = reference(1) + word(1) + word(1) + word(0) + word(1) + wire + test::lines_bytes({{10, 0}}) +
+                          test::lines_bytes({{20, 0}});
+  const std::string bytes = compressed_line + table_bytes({{1, "BASIC_ASS"}, {2, "A"}}) + set + number(1) +
+                            reference(1) + word(0) +
+                            skeleton_bytes({0, 0, 9, 9}, 0, {skeleton_bytes({10, 20, 11, 21}, 0x8000)});
+  BX_DB back;
+  EXPECT_EQ(test::fault_of([&] { test::loaded(back, bytes); }).substr(0, 45),
+            "0 is out of range (0, -1), something is wrong");
+  EXPECT_FALSE(qelmodb::check_bytes(bytes, content::database).loadable());
+}
+
 TEST_F(CompressedFiles, WithReferencesThatLeadNowhereLoadTheRestAndGiveFalse) {
   const std::string bytes = compressed_line + table_bytes({{1, "ROOT"}, {2, "TILE"}, {3, "W"}}) +
                             std::string(16, '\0') + number(2) + reference(1) + word(0) + reference(2) + word(1) +
