@@ -15,6 +15,7 @@
 #include "bx_tileiterator.h"
 #include "qelmocompress.h"
 #include "qelmotmplt.h"
+#include "ut_hash.h"
 
 namespace qelmodb {
 namespace {
@@ -145,7 +146,7 @@ class compression_survey {
   std::vector<BX_INSTANCE*> matrices_;  // in tree order
   const BX_INSTANCE* model_ = nullptr;
   std::unordered_set<const char*> model_names_;
-  std::unordered_set<std::string_view> model_texts_;
+  std::unordered_set<std::string_view, ut_text_hash> model_texts_;
   std::unordered_map<const BX_INSTANCE*, std::vector<std::string>> reasons_;
 };
 

@@ -16,6 +16,7 @@
 #include "bx_basic_ass_template.h"
 #include "bx_db.h"
 #include "bx_name_lists.h"
+#include "ut_hash.h"
 
 /// A new template with the layout of an instance.
 std::unique_ptr<ASS_TEMPLATE> bx_template_of(const BX_INSTANCE& inst);
@@ -49,7 +50,7 @@ class bx_text_numbers {
 
  private:
   std::unordered_map<const char*, int> by_address_;
-  std::unordered_map<std::string_view, int> by_text_;
+  std::unordered_map<std::string_view, int, ut_text_hash> by_text_;
 };
 
 /// Lists of wire names, by their texts.

@@ -12,6 +12,7 @@
 #include "bx_order.h"
 #include "bx_path_tracker.h"
 #include "qelmoext.h"
+#include "ut_hash.h"
 
 #ifndef QELMODB_VERSION
 #error "the build defines QELMODB_VERSION"
@@ -136,7 +137,7 @@ tree_size measure(const BX_INSTANCE& root) {
   tree_size size;
   size.box = static_cast<const UT_EXTREMA&>(root);
   std::unordered_set<const char*> seen;
-  std::unordered_set<std::string_view> texts;
+  std::unordered_set<std::string_view, ut_text_hash> texts;
   const auto count_name = [&](const char* name) {
     if (name != nullptr && seen.insert(name).second) texts.insert(name);
   };

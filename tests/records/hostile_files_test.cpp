@@ -252,6 +252,53 @@ TEST(CraftedAddresses, OfManyUnresolvedReferencesGiveFalse) {
   EXPECT_EQ(db.getwire(99999)->name, nullptr);
 }
 
+// The hash of the standard library has no secret: from its end, and any first eight characters, eight more are reckoned
+// with which a text gets there. Tables of texts that all get there take the square of their number.
+std::vector<std::string> texts_of_one_hash(std::size_t count) {
+  constexpr std::uint64_t factor = 0xc6a4a7935bd1e995U;
+  constexpr std::uint64_t inverse = [] {
+    std::uint64_t found = factor;  // right in three bits; each step doubles them
+    for (int i = 0; i < 5; ++i) found *= 2 - factor * found;
+    return found;
+  }();
+  static_assert(factor * inverse == 1);
+  const auto fold = [](std::uint64_t bits) { return bits ^ (bits >> 47); };  // twice is nothing
+  constexpr std::uint64_t start = 0xc70f6907U ^ (16 * factor);
+  constexpr std::uint64_t target = 0x0123456789abcdefU;
+  std::vector<std::string> texts;
+  for (std::uint64_t first = 0x0101010101010101U; texts.size() < count; first += 0x01020304U) {
+    const std::uint64_t between = (start ^ (fold(first * factor) * factor)) * factor;
+    const std::uint64_t second = fold((target ^ between) * inverse) * inverse;
+    const std::string text = test::little_endian(first, 8) + test::little_endian(second, 8);
+    if (text.find('\0') == std::string::npos) texts.push_back(text);
+  }
+  return texts;
+}
+
+TEST(CraftedNames, OfOneHashAreCountedAndComparedInReasonableTime) {
+  constexpr std::size_t count = 400000;
+  const std::vector<std::string> texts = texts_of_one_hash(count);
+  ASSERT_EQ(std::hash<std::string>{}(texts.front()), std::hash<std::string>{}(texts.back()));
+  std::vector<std::pair<std::uint64_t, std::string>> entries;
+  std::vector<std::string> wires;
+  for (std::uint64_t i = 0; i < count; ++i) {
+    entries.emplace_back(i + 1, texts[i]);
+    wires.push_back(test::wire_bytes(i + 1, 1, 2));
+  }
+  entries.emplace_back(count + 1, "BASIC_ASS");
+  const std::string matrix = test::instance_bytes(count + 1, {0, 0, 9, 9}, wires);
+  const std::string bytes =
+      binary_line + test::table_bytes(entries) + test::instance_bytes(1, {0, 0, 9, 9}, {}, {matrix});
+  const test::separator keep('$');
+  ASSERT_TRUE(check_bytes(bytes, content::database).loadable());
+  BX_DB db;
+  ASSERT_TRUE(test::loaded(db, bytes));
+  EXPECT_EQ(qelmodb::measure(db).names, static_cast<std::int64_t>(count + 1));
+  // More wires than a template set holds.
+  EXPECT_EQ(qelmodb::compression_objections(db).size(), 1U);
+  EXPECT_TRUE(qelmodb::dump_objections(db, form::binary, content::database, 1).empty());
+}
+
 TEST(DeepNesting, OfAHundredThousandLevelsIsCheckedLoadedConvertedAndDestroyed) {
   std::string bytes = binary_line + test::table_bytes({{1, "N"}});
   for (int i = 0; i < 100000; ++i) {

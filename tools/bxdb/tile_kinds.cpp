@@ -172,7 +172,7 @@ tile_kinds::tile_kinds(const BX_DB& db, const std::vector<const BX_INSTANCE*>& t
   for (const std::string_view name : tile_names) ++counts[name];
   for (const auto& [name, count] : counts) kinds_.push_back({std::string(name), count});
   std::stable_sort(kinds_.begin(), kinds_.end(), [](const kind& a, const kind& b) { return a.tiles > b.tiles; });
-  std::unordered_map<std::string_view, std::size_t> places;
+  std::map<std::string_view, std::size_t> places;
   for (std::size_t i = 0; i < kinds_.size(); ++i) places[kinds_[i].name] = i;
   kind_of_.reserve(tiles.size());
   for (const std::string_view name : tile_names) kind_of_.push_back(places[name]);

@@ -42,3 +42,9 @@ inline std::uint64_t ut_hash(std::string_view text, std::uint64_t seed) noexcept
   return ut_hash_mix(h ^ (bytes(at, std::uint8_t{}) << 16 | bytes(at + left / 2, std::uint8_t{}) << 8 |
                           bytes(end - 1, std::uint8_t{})));
 }
+
+/// For tables of the standard library with texts as keys, whose own hash has no secret.
+struct ut_text_hash {
+  std::uint64_t seed = ut_hash_seed();
+  std::size_t operator()(std::string_view text) const noexcept { return static_cast<std::size_t>(ut_hash(text, seed)); }
+};
