@@ -2,9 +2,10 @@
 # SPDX-FileCopyrightText: The qelmodb authors
 # SPDX-License-Identifier: Apache-2.0
 
-# Builds the fuzz targets and runs each for a while, one on each core, from the checked-in files and what earlier runs in
-# build/fuzz found worth keeping. Prints how many inputs each tried, the edges of the program that these reached, the
-# slowest input and the peak of memory. An input that breaks a promise is kept in build/fuzz/found, and the status is not 0.
+# Builds the fuzz targets and runs each for a while, one on each core, from the checked-in files and what earlier runs
+# in build/fuzz found worth keeping. Prints how many inputs each tried, the edges of the program that these reached, the
+# slowest input and the peak of memory. An input that breaks a promise is kept in build/fuzz/found, and the status is
+# not 0.
 #
 #   scripts/fuzz.sh SECONDS [TARGET...]     such as load_text; all of them when none is given
 set -eu

@@ -275,8 +275,11 @@ std::vector<std::string> texts_of_one_hash(std::size_t count) {
   return texts;
 }
 
+// A switch matrix with all names, which is more than a template set holds, and others that share them out, whose lists
+// are looked up text by text.
 TEST(CraftedNames, OfOneHashAreCountedAndComparedInReasonableTime) {
   constexpr std::size_t count = 400000;
+  constexpr std::size_t share = 50000;
   const std::vector<std::string> texts = texts_of_one_hash(count);
   ASSERT_EQ(std::hash<std::string>{}(texts.front()), std::hash<std::string>{}(texts.back()));
   std::vector<std::pair<std::uint64_t, std::string>> entries;
@@ -286,15 +289,19 @@ TEST(CraftedNames, OfOneHashAreCountedAndComparedInReasonableTime) {
     wires.push_back(test::wire_bytes(i + 1, 1, 2));
   }
   entries.emplace_back(count + 1, "BASIC_ASS");
-  const std::string matrix = test::instance_bytes(count + 1, {0, 0, 9, 9}, wires);
+  std::vector<std::string> matrices = {test::instance_bytes(count + 1, {0, 0, 9, 9}, wires)};
+  for (std::size_t first = 0; first < count; first += share) {
+    const auto from = wires.begin() + static_cast<std::ptrdiff_t>(first);
+    const auto x = static_cast<bx_long>(matrices.size());
+    matrices.push_back(test::instance_bytes(count + 1, {x, 0, 9, 9}, {from, from + share}));
+  }
   const std::string bytes =
-      binary_line + test::table_bytes(entries) + test::instance_bytes(1, {0, 0, 9, 9}, {}, {matrix});
+      binary_line + test::table_bytes(entries) + test::instance_bytes(1, {0, 0, 9, 9}, {}, matrices);
   const test::separator keep('$');
   ASSERT_TRUE(check_bytes(bytes, content::database).loadable());
   BX_DB db;
   ASSERT_TRUE(test::loaded(db, bytes));
   EXPECT_EQ(qelmodb::measure(db).names, static_cast<std::int64_t>(count + 1));
-  // More wires than a template set holds.
   EXPECT_EQ(qelmodb::compression_objections(db).size(), 1U);
   EXPECT_TRUE(qelmodb::dump_objections(db, form::binary, content::database, 1).empty());
 }
