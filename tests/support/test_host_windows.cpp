@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "test_host.h"
+#include "windows_process.h"
 
 namespace test {
 
@@ -41,31 +42,22 @@ std::optional<std::vector<int>> ends_told_to_this_process() {
 int run_again(const std::string& test, const std::vector<int>& ends) {
   std::string text = " ";
   for (const int end : ends) text += std::to_string(end) + " ";
-  char program[MAX_PATH];
-  GetModuleFileNameA(nullptr, program, sizeof program);
-  std::string line = "\"" + std::string(program) + "\" --gtest_filter=" + test;
+  wchar_t program[MAX_PATH];
+  GetModuleFileNameW(nullptr, program, MAX_PATH);
+  // Test names are ASCII.
+  const std::wstring line =
+      L"\"" + std::wstring(program) + L"\" --gtest_filter=" + std::wstring(test.begin(), test.end());
   SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
   const HANDLE nowhere = CreateFileA("NUL", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
                                      &inherited, OPEN_EXISTING, 0, nullptr);
-  STARTUPINFOA start{};
-  start.cb = sizeof start;
-  start.dwFlags = STARTF_USESTDHANDLES;
-  start.hStdInput = start.hStdOutput = start.hStdError = nowhere;
-  PROCESS_INFORMATION child{};
   SetEnvironmentVariableA(told, text.c_str());
   // The child runs one test, whatever part of them this process was given.
   for (const char* name : {"GTEST_TOTAL_SHARDS", "GTEST_SHARD_INDEX"}) SetEnvironmentVariableA(name, nullptr);
-  const bool started =
-      CreateProcessA(program, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &child) != 0;
+  const std::optional<int> ended = run_process(line, {nowhere, nowhere, nowhere});
   SetEnvironmentVariableA(told, nullptr);
   CloseHandle(nowhere);
-  if (!started) throw std::runtime_error("cannot start " + line);
-  DWORD status = 255;
-  WaitForSingleObject(child.hProcess, INFINITE);
-  GetExitCodeProcess(child.hProcess, &status);
-  CloseHandle(child.hThread);
-  CloseHandle(child.hProcess);
-  return static_cast<int>(status);
+  if (!ended) throw std::runtime_error("cannot start the program for " + test);
+  return *ended;
 }
 
 }  // namespace

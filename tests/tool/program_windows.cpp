@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: The qelmodb authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include <windows.h>
-
 #include <filesystem>
+#include <optional>
 
 #include "program.h"
+#include "windows_process.h"
 
 namespace test {
 
@@ -40,23 +40,13 @@ HANDLE open_file(const std::string& name, DWORD access, DWORD disposition) {
 bool start_program(const std::vector<std::string>& words, const program_files& files, int& status) {
   std::wstring line;
   for (const std::string& word : words) line += quoted(wide(word)) + L" ";
-  STARTUPINFOW start{};
-  start.cb = sizeof start;
-  start.dwFlags = STARTF_USESTDHANDLES;
-  start.hStdInput = open_file(files.input, GENERIC_READ, OPEN_EXISTING);
-  start.hStdOutput = open_file(files.output, GENERIC_WRITE, CREATE_ALWAYS);
-  start.hStdError = open_file(files.error, GENERIC_WRITE, CREATE_ALWAYS);
-  PROCESS_INFORMATION child{};
-  const bool started =
-      CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &child) != 0;
-  for (const HANDLE file : {start.hStdInput, start.hStdOutput, start.hStdError}) CloseHandle(file);
-  if (!started) return false;
-  DWORD ended = 0;
-  WaitForSingleObject(child.hProcess, INFINITE);
-  if (GetExitCodeProcess(child.hProcess, &ended) != 0) status = static_cast<int>(ended);
-  CloseHandle(child.hThread);
-  CloseHandle(child.hProcess);
-  return true;
+  const standard_handles handles{open_file(files.input, GENERIC_READ, OPEN_EXISTING),
+                                 open_file(files.output, GENERIC_WRITE, CREATE_ALWAYS),
+                                 open_file(files.error, GENERIC_WRITE, CREATE_ALWAYS)};
+  const std::optional<int> ended = run_process(line, handles);
+  for (const HANDLE file : {handles.input, handles.output, handles.error}) CloseHandle(file);
+  if (ended) status = *ended;
+  return ended.has_value();
 }
 
 }  // namespace test
