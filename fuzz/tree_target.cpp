@@ -84,12 +84,20 @@ void apply(const damage& what, std::string& bytes) {
   }
 }
 
-/// No error is told of what stands before the damage, the field apart that it is in.
+/// A range map whose size is not the count of rows or columns is told where it stands, and they stand behind it: which
+/// of the two is wrong cannot be known.
+bool contradicts_what_follows(const qelmodb::fault& fault) {
+  return fault.message.starts_with("a range map has a size of ") &&
+         fault.message.find(", but there are ") != std::string::npos;
+}
+
+/// No error is told of what stands before the damage, the field apart that it is in, and what contradicts it.
 void require_no_earlier_fault(const std::string& bytes, content what, std::size_t at) {
   constexpr std::int64_t longest_field = 256;
   const qelmodb::check_report report = fuzz::checked(bytes, what);
   for (const qelmodb::fault& fault : report.faults) {
     if (fault.level != qelmodb::severity::error || report.limit != nullptr) continue;
+    if (contradicts_what_follows(fault)) continue;
     FUZZ_REQUIRE(fault.offset + longest_field >= static_cast<std::int64_t>(at));
   }
 }
