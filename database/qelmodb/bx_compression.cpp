@@ -16,8 +16,8 @@ int BX_INSTANCE::wire_list_number() {
     return NO_INDEX;
   }
   bx_compression_aids* aids = bx_access::aids(*top);
-  const int known = aids != nullptr ? aids->wire_lists.find(*this) : -1;
-  return known >= 0 ? known : set->get_wire_list_idx_sm(this);
+  const int known = aids != nullptr ? aids->wire_lists.find(*this) : set->num_wirelist;
+  return known < set->num_wirelist ? known : set->get_wire_list_idx_sm(this);
 }
 
 void BX_INSTANCE::refer_to_template() {

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // Why compressing would end the process: the same steps, without changing anything.
+#include <algorithm>
 #include <map>
 #include <set>
 #include <unordered_map>
@@ -13,6 +14,7 @@
 #include "bx_template_faults.h"
 #include "bx_template_index.h"
 #include "bx_tileiterator.h"
+#include "bx_wire_name_index.h"
 #include "qelmocompress.h"
 #include "qelmotmplt.h"
 #include "ut_hash.h"
@@ -49,28 +51,41 @@ class compression_survey {
   void look_at_matrices() {
     std::vector<const char*> template_names;
     for (const BX_WIRE& wire : model_->wires) {
-      template_names.push_back(wire.name);
-      model_names_.insert(wire.name);
+      model_numbers_[wire.name] = static_cast<int>(template_names.size());
       model_texts_.insert(ut_text(wire.name));
+      template_names.push_back(wire.name);
     }
+    // Wire templates are counted in 16 bits.
+    const auto templates = static_cast<std::uint16_t>(template_names.size());
+    template_names.resize(templates);
     const std::vector<BX_INSTANCE*> tiles = tiles_in_order();
     // Lists, columns and rows of an earlier compression stay.
-    bx_wire_list_index lists(former_, template_names);
-    int count = former_.num_wirelist;
-    for (const BX_INSTANCE* inst : tiles) {
-      if (lists.find(*inst) >= 0) continue;
-      look_at_names(*inst);
-      lists.add(*inst, static_cast<std::uint16_t>(static_cast<bx_ulong>(inst->getnumwires())), count);
-      if (count++ == bx_most_template_index + 1) {
-        object(inst, neoform("needs a wire list beyond the %d that there can be", bx_most_template_index + 1));
-      }
-    }
+    bx_wire_list_index lists(former_, std::move(template_names));
+    for (const BX_INSTANCE* inst : tiles) add_list(lists, *inst, templates);
     for (const BX_INSTANCE* inst : matrices_) {
-      if (lists.find(*inst) >= 0) continue;
+      if (lists.find(*inst) < lists.count() || is_named(*inst)) continue;
       object(inst,
              inst->getnumwires() > static_cast<bx_long>(bx_most_list_wires)
                  ? neoform("switch matrix of %d wires; a template holds %zu", inst->getnumwires(), bx_most_list_wires)
                  : "switch matrix with wires like no other, hidden behind another one at the same place");
+    }
+  }
+
+  /// As the build does. The list of an instance with wires that no template stands for is left out.
+  void add_list(bx_wire_list_index& lists, const BX_INSTANCE& inst, std::size_t templates) {
+    if (lists.find(inst) < lists.count()) return;
+    const auto number_of = [this](const char* name) {
+      const auto known = model_numbers_.find(name);
+      return known != model_numbers_.end() ? known->second : bx_wire_name_number(name);
+    };
+    const std::optional<bx_wire_list> list = bx_wire_list_of(inst, templates, number_of, [](bx_long) { return false; });
+    if (!list) {
+      is_named(inst);
+      return;
+    }
+    lists.add(*list);
+    if (lists.count() == bx_most_template_index + 2) {
+      object(&inst, neoform("needs a wire list beyond the %d that there can be", bx_most_template_index + 1));
     }
   }
 
@@ -96,16 +111,21 @@ class compression_survey {
     return tiles;
   }
 
-  /// The build knows wires by their strings, not by their texts. These differ in hand-made binary files, and where
-  /// cutting at "$" made names equal.
-  void look_at_names(const BX_INSTANCE& inst) {
+  /// Whether the instance has wires that the richest one lacks. They are named, once for all instances with these
+  /// wires. The build knows wires by their strings, not by their texts. These differ in hand-made binary files, and
+  /// where cutting at "$" made names equal.
+  bool is_named(const BX_INSTANCE& inst) {
+    const auto is_lacking = [this](const BX_WIRE& wire) { return model_numbers_.count(wire.name) == 0; };
+    if (std::none_of(inst.wires.begin(), inst.wires.end(), is_lacking)) return false;
+    if (!named_.number_of(inst).is_new) return true;
     for (const BX_WIRE& wire : inst.wires) {
-      if (model_names_.count(wire.name) != 0) continue;
+      if (!is_lacking(wire)) continue;
       object(&inst,
              "wire \"" + std::string(ut_text(wire.name)) + "\" of a switch matrix, which the one with most wires, at " +
                  neoform("(%d, %d)", model_->xmin, model_->ymin) + ", " +
                  (model_texts_.count(ut_text(wire.name)) != 0 ? "has from another entry of the name table" : "lacks"));
     }
+    return true;
   }
 
   void look_at_layouts() {
@@ -145,8 +165,9 @@ class compression_survey {
   const BASIC_ASS_TEMPLATE& former_;
   std::vector<BX_INSTANCE*> matrices_;  // in tree order
   const BX_INSTANCE* model_ = nullptr;
-  std::unordered_set<const char*> model_names_;
+  std::unordered_map<const char*, int> model_numbers_;
   std::unordered_set<std::string_view, ut_text_hash> model_texts_;
+  bx_name_lists named_;  // wires of instances whose wires were named
   std::unordered_map<const BX_INSTANCE*, std::vector<std::string>> reasons_;
 };
 

@@ -4,6 +4,7 @@
 #include "bx_matrix_build.h"
 
 #include <algorithm>
+#include <cassert>
 #include <map>
 
 #include "bx_order.h"
@@ -121,41 +122,38 @@ void bx_matrix_builder::make_wire_templates() {
 
 bool bx_matrix_builder::make_wire_lists() {
   bx_wire_list_index index(set_);
-  std::vector<std::vector<std::uint16_t>> fresh;
+  std::vector<bx_wire_list> fresh;
   for (tile& at : tiles_) {
-    at.list = index.find(*at.inst);
-    if (at.list >= 0) continue;
-    at.list = set_.num_wirelist + static_cast<int>(fresh.size());
-    if (static_cast<std::size_t>(at.list) >= bx_most_in_set) {
+    const std::size_t num_wirelist = set_.num_wirelist + fresh.size();
+    const auto k = static_cast<std::size_t>(index.find(*at.inst));
+    at.list = static_cast<int>(k);
+    if (k < num_wirelist) continue;
+    assert(k == num_wirelist);
+    if (num_wirelist == bx_most_in_set) {
       bx_report_too_many("wire lists", bx_most_in_set + 1);
       return false;
     }
-    std::vector<std::uint16_t> list(static_cast<std::uint16_t>(static_cast<bx_ulong>(at.inst->getnumwires())),
-                                    NO_INDEX);
-    for (std::size_t j = 0; j < list.size(); ++j) {
-      const char* wire = at.inst->wires[static_cast<bx_long>(j)].name;
-      const int number = bx_wire_name_number(wire);
-      if (number < 0 || number >= set_.num_wire_template) {
-        bx_report_missing_wire_template(wire);
-        return false;
-      }
-      list[j] = static_cast<std::uint16_t>(number);
-    }
-    index.add(*at.inst, list.size(), at.list);
-    fresh.push_back(std::move(list));
+    std::optional<bx_wire_list> list =
+        bx_wire_list_of(*at.inst, set_.num_wire_template, bx_wire_name_number, [&at](bx_long j) {
+          bx_report_missing_wire_template(at.inst->wires[j].name);
+          return false;
+        });
+    if (!list) return false;
+    index.add(*list);
+    fresh.push_back(std::move(*list));
   }
   append_lists(fresh);
   return true;
 }
 
-void bx_matrix_builder::append_lists(const std::vector<std::vector<std::uint16_t>>& fresh) {
+void bx_matrix_builder::append_lists(const std::vector<bx_wire_list>& fresh) {
   if (fresh.empty()) return;
   const std::size_t known = set_.num_wirelist;
   const std::size_t count = known + fresh.size();
   auto sizes = std::make_unique<std::uint16_t[]>(count);
   auto lists = std::make_unique<std::uint16_t*[]>(count);
   std::vector<std::unique_ptr<std::uint16_t[]>> owned;
-  for (const std::vector<std::uint16_t>& list : fresh) {
+  for (const bx_wire_list& list : fresh) {
     owned.push_back(std::make_unique<std::uint16_t[]>(list.size()));
     std::copy(list.begin(), list.end(), owned.back().get());
   }

@@ -12,6 +12,7 @@
 #include "bx_basic_ass_template.h"
 #include "bx_db.h"
 #include "bx_matrix_offsets.h"
+#include "bx_template_index.h"
 
 class bx_matrix_builder {
  public:
@@ -28,7 +29,7 @@ class bx_matrix_builder {
   void place_tiles();
   void make_wire_templates();
   bool make_wire_lists();
-  void append_lists(const std::vector<std::vector<std::uint16_t>>& fresh);
+  void append_lists(const std::vector<bx_wire_list>& fresh);
   const tile* tile_at(int column, int row) const;
   void find_spans();
   BASIC_ASS_TEMPLATE& set_;

@@ -83,42 +83,43 @@ std::vector<const char*> template_names_of(const BASIC_ASS_TEMPLATE& set) {
 bx_wire_list_index::bx_wire_list_index(const BASIC_ASS_TEMPLATE& set)
     : bx_wire_list_index(set, template_names_of(set)) {}
 
-bx_wire_list_index::bx_wire_list_index(const BASIC_ASS_TEMPLATE& set, const std::vector<const char*>& template_names) {
+bx_wire_list_index::bx_wire_list_index(const BASIC_ASS_TEMPLATE& set, std::vector<const char*> template_names)
+    : template_names_(std::move(template_names)) {
   for (int list = 0; list < set.num_wirelist; ++list) {
-    key_.clear();
-    bool valid = true;
-    for (int j = 0; j < set.wirelist_numwires[list] && valid; ++j) {
-      const std::uint16_t wire = set.wirelists[list][j];
-      valid = wire < template_names.size();
-      if (valid) key_.push_back(texts_.of(template_names[wire]));
-    }
-    if (valid) numbers_.emplace(key_, list);
+    add(bx_wire_list(set.wirelists[list], set.wirelists[list] + set.wirelist_numwires[list]));
   }
 }
 
 int bx_wire_list_index::find(const BX_INSTANCE& inst) {
-  const auto count = static_cast<std::size_t>(inst.getnumwires());
-  if (count > bx_most_list_wires) return -1;
+  if (static_cast<std::size_t>(inst.getnumwires()) > bx_most_list_wires) return count_;
   const std::uint32_t strings = strings_.number_of(inst).number;
-  if (strings == bx_name_lists::none) return find_texts(inst, count);
-  if (strings >= found_.size()) found_.resize(strings + 1, -1);
-  if (found_[strings] < 0) found_[strings] = find_texts(inst, count);
+  if (strings == bx_name_lists::none) return find_texts(inst);
+  if (strings >= found_.size()) found_.resize(strings + 1, none);
+  if (found_[strings] == none) {
+    const int found = find_texts(inst);
+    if (found == count_) return count_;
+    found_[strings] = found;
+  }
   return found_[strings];
 }
 
-int bx_wire_list_index::find_texts(const BX_INSTANCE& inst, std::size_t count) {
-  const auto found = numbers_.find(key_of(inst, count));
-  return found != numbers_.end() ? found->second : -1;
-}
-
-void bx_wire_list_index::add(const BX_INSTANCE& inst, std::size_t count, int number) {
-  numbers_.emplace(key_of(inst, count), number);
-}
-
-std::vector<int>& bx_wire_list_index::key_of(const BX_INSTANCE& inst, std::size_t count) {
+int bx_wire_list_index::find_texts(const BX_INSTANCE& inst) {
   key_.clear();
-  for (std::size_t j = 0; j < count; ++j) key_.push_back(texts_.of(inst.wires[static_cast<bx_long>(j)].name));
-  return key_;
+  for (const BX_WIRE& wire : inst.wires) key_.push_back(texts_.of(wire.name));
+  const auto found = numbers_.find(key_);
+  return found != numbers_.end() ? found->second : count_;
+}
+
+// Not under the names of the instance that it is made for: where an earlier build has left a number for one of them,
+// the list refers to another template, and only that one's name counts when lists are compared.
+void bx_wire_list_index::add(const bx_wire_list& list) {
+  const int number = count_++;
+  key_.clear();
+  for (const std::uint16_t wire : list) {
+    if (wire >= template_names_.size()) return;
+    key_.push_back(texts_.of(template_names_[wire]));
+  }
+  numbers_.emplace(key_, number);
 }
 
 bx_compression_aids::bx_compression_aids(BX_DB& db)

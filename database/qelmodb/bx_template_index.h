@@ -8,6 +8,7 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
@@ -16,6 +17,7 @@
 #include "bx_basic_ass_template.h"
 #include "bx_db.h"
 #include "bx_name_lists.h"
+#include "bx_range_map.h"
 #include "ut_hash.h"
 
 /// A new template with the layout of an instance.
@@ -53,26 +55,34 @@ class bx_text_numbers {
   std::unordered_map<std::string_view, int, ut_text_hash> by_text_;
 };
 
-/// Lists of wire names, by their texts.
+/// A wire list: for each wire the number of its wire template.
+using bx_wire_list = std::vector<std::uint16_t>;
+
+/// Wire lists, by the texts of the names that their wire templates have.
 class bx_wire_list_index {
  public:
   /// Takes in the lists of a set. A list that refers to no template of the set never matches.
   explicit bx_wire_list_index(const BASIC_ASS_TEMPLATE& set);
 
   /// The same as if the set's templates had these names.
-  bx_wire_list_index(const BASIC_ASS_TEMPLATE& set, const std::vector<const char*>& template_names);
+  bx_wire_list_index(const BASIC_ASS_TEMPLATE& set, std::vector<const char*> template_names);
 
-  /// The number of the first list with the names of these wires, or -1.
+  /// The number of lists taken in.
+  int count() const noexcept { return count_; }
+
+  /// The number of the first list with the names of these wires; count() when there is none.
   int find(const BX_INSTANCE& inst);
 
-  /// Adds a list with the names of the first count of these wires.
-  void add(const BX_INSTANCE& inst, std::size_t count, int number);
+  /// Adds a list, with count() for its number.
+  void add(const bx_wire_list& list);
 
  private:
-  std::vector<int>& key_of(const BX_INSTANCE& inst, std::size_t count);
+  static constexpr int none = -1;
 
-  int find_texts(const BX_INSTANCE& inst, std::size_t count);
+  int find_texts(const BX_INSTANCE& inst);
 
+  std::vector<const char*> template_names_;
+  int count_ = 0;
   bx_text_numbers texts_;
   std::map<std::vector<int>, int> numbers_;
   std::vector<int> key_;
@@ -80,6 +90,25 @@ class bx_wire_list_index {
   bx_name_lists strings_;
   std::vector<int> found_;  // by the number that strings_ gives; what was not found is asked for again
 };
+
+/// The wire list of an instance for a set with so many wire templates: the number of each wire, found by the address of
+/// its name. number_of(name) gives bx_no_wire_number for a name that no build has met. A number that is beyond the
+/// templates comes from an earlier build, and is as good as none: missing is then called with the index of the wire,
+/// and says whether to go on. The count of wires is kept in 16 bits. Null when missing ended it.
+template <class NumberOf, class Missing>
+std::optional<bx_wire_list> bx_wire_list_of(const BX_INSTANCE& inst, std::size_t templates, NumberOf number_of,
+                                            Missing missing) {
+  bx_wire_list list(static_cast<std::uint16_t>(static_cast<bx_ulong>(inst.getnumwires())), NO_INDEX);
+  for (std::size_t j = 0; j < list.size(); ++j) {
+    const int number = number_of(inst.wires[static_cast<bx_long>(j)].name);
+    if (number >= 0 && static_cast<std::size_t>(number) < templates) {
+      list[j] = static_cast<std::uint16_t>(number);
+    } else if (!missing(static_cast<bx_long>(j))) {
+      return std::nullopt;
+    }
+  }
+  return list;
+}
 
 /// What helps while a database is compressed; bound to it from construction to destruction.
 class bx_compression_aids {

@@ -6,7 +6,7 @@
 // have been a wire's name withdraws it first, so that a new string at an old address meets no stale entry.
 #pragma once
 
-/// The number stored for the string, or none_known when there is none.
+/// The number stored for the string, or bx_no_wire_number when there is none.
 int bx_wire_name_number(const char* name) noexcept;
 inline constexpr int bx_no_wire_number = -1;
 

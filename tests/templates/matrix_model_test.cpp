@@ -5,8 +5,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <deque>
 
 #include "plain_matrix_set.h"
+#include "qelmocompress.h"
 #include "random_device.h"
 
 namespace {
@@ -73,6 +75,162 @@ TEST_P(MatrixModel, SetsOfRandomDevicesAreThePlainOnesAndGiveBackEveryWire) {
   EXPECT_GT(spans[1], 500U);
   EXPECT_GT(spans[2], 500U);
   EXPECT_GT(absolutes, 200U);
+}
+
+// ---- builds on sets that earlier builds have filled
+
+// Wires that a device gets between two builds. Names are taken from a few texts. Some have strings of their own, as
+// cutting at "$" makes in binary files: builds tell wires by their strings.
+class device_changer {
+ public:
+  explicit device_changer(unsigned seed) : random_(seed) {}
+
+  void change(BX_DB& db) {
+    std::vector<BX_INSTANCE*> matrices = matrices_of(db);
+    if (number(0, 1) == 0)
+      matrices.push_back(test::add(db, "BASIC_ASS", number(-3, 3) * 10, number(-3, 3) * 10, 50, 50));
+    if (matrices.empty()) return;
+    const int texts = number(3, 9);
+    // Mostly the richest matrix becomes richer, and others follow it.
+    BX_INSTANCE& rich = **std::max_element(matrices.begin(), matrices.end(), [](BX_INSTANCE* a, BX_INSTANCE* b) {
+      return a->getnumwires() < b->getnumwires();
+    });
+    if (number(0, 4) == 0) rich.wires.empty();
+    for (int text = 0; text < texts; ++text) {
+      if (number(0, 3) != 0) add(rich, "W" + std::to_string(text));
+    }
+    for (int count = number(0, 3); count > 0; --count) copy_wires(rich, pick(matrices));
+    if (number(0, 2) == 0) give_twin(pick(matrices));
+  }
+
+  int number(int from, int to) { return std::uniform_int_distribution<int>(from, to)(random_); }
+
+  static std::vector<BX_INSTANCE*> matrices_of(BX_DB& db) {
+    std::vector<BX_INSTANCE*> matrices;
+    bx_walk(static_cast<BX_INSTANCE&>(db), [&matrices](BX_INSTANCE& inst, bx_long depth) {
+      if (depth > 0 && std::string(inst.name) == "BASIC_ASS") matrices.push_back(&inst);
+      return true;
+    });
+    return matrices;
+  }
+
+ private:
+  BX_INSTANCE& pick(const std::vector<BX_INSTANCE*>& matrices) {
+    return *matrices[static_cast<std::size_t>(number(0, static_cast<int>(matrices.size()) - 1))];
+  }
+
+  void add(BX_INSTANCE& inst, const std::string& name) {
+    if (inst.getwireid(name.c_str(), -1) >= 0 && number(0, 9) != 0) return;
+    test::add_wire(inst, name.c_str(), inst.xmin + number(0, 1) * 10, inst.ymin + number(0, 1) * 10);
+  }
+
+  // Some of the wires of the richest, with its very strings or with those of the database.
+  void copy_wires(const BX_INSTANCE& rich, BX_INSTANCE& poor) {
+    if (&poor == &rich) return;
+    poor.wires.empty();
+    const bool same_strings = number(0, 1) == 0;
+    for (const BX_WIRE& wire : rich.wires) {
+      if (number(0, 1) == 0) continue;
+      test::add_wire(poor, wire.name, poor.xmin + number(0, 1) * 10, poor.ymin);
+      if (same_strings) poor.wires[poor.getnumwires() - 1].setname(wire.name);
+    }
+  }
+
+  // Never freed: builds of the whole process remember the addresses.
+  void give_twin(BX_INSTANCE& inst) {
+    static std::deque<std::string> twins;
+    if (inst.getnumwires() == 0) return;
+    BX_WIRE& wire = inst.wires[number(0, inst.getnumwires() - 1)];
+    wire.setname(twins.emplace_back(wire.name).data());
+  }
+
+  std::mt19937 random_;
+};
+
+// The first report ends the work, as it ends the process.
+class ending_manager : public UT_MSGMAN {
+ public:
+  void msgdetail(const char* text, int) override { detail_ = text; }
+  void msgfatal(const char*, const char*, const char*, short, const char*, bx_long, bx_long) override {
+    throw test::fatal_report(detail_);
+  }
+
+ private:
+  std::string detail_;
+};
+
+// How compressing ended: "" when it came to its end, otherwise what was reported.
+std::string end_of_compressing(BX_DB& db) {
+  const test::environment shown("KRT_SHOW_INTERNAL_ERROR", "");
+  ending_manager manager;
+  const test::substitute in_place(manager);
+  try {
+    db.compress();
+    return "";
+  } catch (const test::fatal_report& report) {
+    return report.what();
+  }
+}
+
+std::string expected_end(test::plain_matrix_set& set, BX_DB& db) {
+  if (!set.build(db)) return "cannot find " + set.missing + " wire template\n";
+  for (const BX_INSTANCE* inst : device_changer::matrices_of(db)) {
+    if (set.list_of(*inst) < 0) return "cannot find wire list map for instance";
+  }
+  return "";
+}
+
+struct ends_met {
+  int whole = 0;
+  int without_template = 0;
+  int without_list = 0;
+
+  void count(const std::string& end) {
+    ++(end.empty() ? whole : end.find("template") != std::string::npos ? without_template : without_list);
+  }
+};
+
+// A device, and its plain set, as long as nothing ended its compressing.
+struct device_in_work {
+  device_in_work(std::unique_ptr<BX_DB> made, std::map<const char*, int>& known)
+      : db(std::move(made)), expected(known) {}
+  std::unique_ptr<BX_DB> db;
+  test::plain_matrix_set expected;
+  bool ended = false;
+};
+
+void build_once_more(device_in_work& device, ends_met& met) {
+  const bool objected = !qelmodb::compression_objections(*device.db).empty();
+  const std::string end = expected_end(device.expected, *device.db);
+  ASSERT_EQ(end_of_compressing(*device.db), end);
+  EXPECT_EQ(objected, !end.empty());
+  met.count(end);
+  device.ended = !end.empty();
+  if (device.ended) return;
+  ASSERT_EQ(device.expected.difference(device.db->get_basic_ass_tmp()), "");
+  for (const BX_INSTANCE* inst : device_changer::matrices_of(*device.db)) {
+    ASSERT_EQ(inst->tmpltidx(), device.expected.list_of(*inst));
+  }
+}
+
+TEST_P(MatrixModel, LaterBuildsOverChangedDevicesInTurnAreThePlainOnes) {
+  test::device_maker maker(GetParam());
+  device_changer changer(GetParam());
+  ends_met met;
+  for (int round = 0; round < 600; ++round) {
+    std::map<const char*, int> known;
+    device_in_work devices[] = {{maker.next(), known}, {maker.next(), known}};
+    for (int step = 0; step < 5; ++step) {
+      for (device_in_work& device : devices) {
+        if (device.ended) continue;
+        if (step > 0) changer.change(*device.db);
+        ASSERT_NO_FATAL_FAILURE(build_once_more(device, met)) << "round " << round << ", step " << step;
+      }
+    }
+  }
+  EXPECT_GT(met.whole, 1000);
+  EXPECT_GT(met.without_template, 100);
+  EXPECT_GT(met.without_list, 10);
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, MatrixModel, testing::Range(1U, 9U));

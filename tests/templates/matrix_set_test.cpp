@@ -6,6 +6,7 @@
 
 #include <thread>
 
+#include "plain_compressed_file.h"
 #include "plain_matrix_set.h"
 #include "template_faults.h"
 
@@ -195,6 +196,56 @@ TEST_F(MatrixSet, RebuiltKeepsLinesAndListsAndMakesTheTemplatesAnew) {
   EXPECT_EQ(set.num_wire_template, 2);
   EXPECT_EQ(set.colmap, (std::map<bx_long, std::uint16_t>{{-10, 0}, {0, 1}}));
   EXPECT_STREQ(held[0].getname(), "a") << "templates of the earlier build stay valid";
+}
+
+TEST_F(MatrixSet, LaterBuildComparesListsByTheNamesThatTheirTemplatesHave) {
+  using test::instance_bytes;
+  using test::wire_bytes;
+  // Cutting at "$" makes two strings of one text.
+  BX_DB cut;
+  ASSERT_TRUE(test::loaded(
+      cut, test::binary_line + test::table_bytes({{1, "D"}, {2, "BASIC_ASS"}, {3, "A$1"}, {4, "A$2"}}) +
+               instance_bytes(1, {0, 0, 99, 99}, {},
+                              {instance_bytes(2, {0, 0, 1, 1}, {wire_bytes(3, 0, 0), wire_bytes(4, 0, 1)})})));
+  cut.compress();
+  BX_INSTANCE* const first = cut.getinstance(0);
+  ASSERT_NE(first->wires[0].name, first->wires[1].name);
+  ASSERT_STREQ(first->wires[1].name, "A");
+  test::add_wires(*add(cut, "BASIC_ASS", 5, 0, 6, 1), {"A", "B", "C"});
+  BX_INSTANCE* const like_first = add(cut, "BASIC_ASS", 10, 0, 11, 1);
+  test::add_wires(*like_first, {"A", "A"});
+  // Now template 1 is that of B, and the second string of A still has the number 1. So the list that the first matrix
+  // gets says A, B, and only that of the last one says A, A.
+  EXPECT_EQ(fault_of([&] { cut.compress(); }), "");
+  const BASIC_ASS_TEMPLATE& sets = cut.get_basic_ass_tmp();
+  ASSERT_EQ(sets.num_wirelist, 4);
+  EXPECT_STREQ(sets.getwirename_sm(1, 1), "B");
+  EXPECT_STREQ(sets.getwirename_sm(3, 1), "A");
+  EXPECT_EQ(like_first->tmpltidx(), 3);
+  EXPECT_EQ(first->tmpltidx(), 3);
+}
+
+TEST_F(MatrixSet, LaterBuildAppendsAListForEachMatrixWhoseListHasOtherNames) {
+  // The list that stands for p, q is that of x, y once the strings were renumbered, so each matrix gets another one.
+  // They stay: builds of the whole process remember them.
+  static char p[] = "p";
+  static char q[] = "q";
+  BX_INSTANCE* model = put(0, 0, {{"x", 0, 0}, {"y", 1, 1}});
+  BX_INSTANCE* next[] = {put(10, 0, {}), put(20, 0, {})};
+  const auto rename = [&](BX_INSTANCE& inst) {
+    inst.wires[0].setname(p);
+    inst.wires[1].setname(q);
+  };
+  for (BX_INSTANCE* inst : next) test::add_wires(*inst, {"x", "y"});
+  for (BX_INSTANCE* inst : {model, next[0], next[1]}) rename(*inst);
+  build();
+  EXPECT_EQ(set.num_wirelist, 1);
+  model->wires.empty();
+  test::add_wires(*model, {"v", "w", "z"});
+  build();
+  EXPECT_EQ(set.num_wirelist, 4) << "one for the model, and one for each matrix with stale strings";
+  EXPECT_STREQ(set.getwirename_sm(2, 0), "v");
+  EXPECT_STREQ(set.getwirename_sm(3, 0), "v");
 }
 
 TEST_F(MatrixSet, PartnerThatNoBuildKnowsCountsAsTemplateZero) {

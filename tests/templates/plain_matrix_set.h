@@ -24,9 +24,18 @@ class plain_matrix_set {
   };
 
   /// Names met by earlier builds of the process go in and out through known.
-  plain_matrix_set(BX_DB& db, std::map<const char*, int>& known) : known_(known) {
+  explicit plain_matrix_set(std::map<const char*, int>& known) : known_(known) {}
+
+  plain_matrix_set(BX_DB& db, std::map<const char*, int>& known) : known_(known) { build(db); }
+
+  /// Builds over what earlier builds left: lines and lists stay, templates are made anew. False when a wire has no
+  /// template, whose name is then in missing.
+  bool build(BX_DB& db) {
+    model = nullptr;
+    found_.clear();
+    templates.clear();
     collect(db);
-    if (model == nullptr) return;
+    if (model == nullptr) return true;
     number(columns);
     number(rows);
     table_.assign(columns.size(), std::vector<BX_INSTANCE*>(rows.size(), nullptr));
@@ -35,14 +44,28 @@ class plain_matrix_set {
       known_[wire.name] = static_cast<int>(templates.size());
       templates.push_back({wire.name, 2, false, {}, {}});
     }
-    find_lists();
+    if (!find_lists()) return false;
     find_spans();
     for (std::size_t i = 0; i < templates.size(); ++i) find_offsets(i);
+    return true;
+  }
+
+  /// The first list with the names of the instance's wires, or -1.
+  int list_of(const BX_INSTANCE& inst) const {
+    for (std::size_t k = 0; k < lists.size(); ++k) {
+      bool same = lists[k].size() == static_cast<std::size_t>(inst.getnumwires());
+      for (std::size_t j = 0; same && j < lists[k].size(); ++j) {
+        const auto t = static_cast<std::size_t>(lists[k][j]);
+        same = t < templates.size() && std::string(templates[t].name) == inst.wires[static_cast<bx_long>(j)].name;
+      }
+      if (same) return static_cast<int>(k);
+    }
+    return -1;
   }
 
   /// "" when the set is the same in every field.
   std::string difference(const BASIC_ASS_TEMPLATE& set) const {
-    if (model == nullptr) return set.name == nullptr && set.num_wirelist == 0 && set.colmap.empty() ? "" : "not empty";
+    if (model == nullptr) return set.num_wirelist == lists.size() && set.colmap == columns ? "" : "changed";
     if (set.name != model->name) return "name";
     if (set.colmap != columns) return "columns";
     if (set.rowmap != rows) return "rows";
@@ -64,6 +87,7 @@ class plain_matrix_set {
   std::map<bx_long, std::uint16_t> rows;
   std::vector<std::vector<int>> lists;
   std::vector<wire_template> templates;
+  std::string missing;
 
  private:
   static bool is_matrix(const BX_INSTANCE& inst) {
@@ -93,27 +117,33 @@ class plain_matrix_set {
     return column < columns.size() && row < rows.size() ? table_[column][row] : nullptr;
   }
 
-  void find_lists() {
+  bool find_lists() {
     list_of_.assign(columns.size(), std::vector<int>(rows.size(), -1));
     for (std::size_t c = 0; c < columns.size(); ++c) {
       for (std::size_t r = 0; r < rows.size(); ++r) {
-        if (table_[c][r] != nullptr) list_of_[c][r] = list_for(*table_[c][r]);
+        if (table_[c][r] == nullptr) continue;
+        list_of_[c][r] = list_of(*table_[c][r]);
+        if (list_of_[c][r] >= 0) continue;
+        if (!append_list(*table_[c][r])) return false;
+        list_of_[c][r] = static_cast<int>(lists.size()) - 1;
       }
     }
+    return true;
   }
 
-  int list_for(const BX_INSTANCE& inst) {
-    for (std::size_t k = 0; k < lists.size(); ++k) {
-      bool same = lists[k].size() == static_cast<std::size_t>(inst.getnumwires());
-      for (std::size_t j = 0; same && j < lists[k].size(); ++j) {
-        same = std::string(templates[static_cast<std::size_t>(lists[k][j])].name) ==
-               inst.wires[static_cast<bx_long>(j)].name;
+  bool append_list(const BX_INSTANCE& inst) {
+    std::vector<int> list;
+    for (const BX_WIRE& wire : inst.wires) {
+      const auto known = known_.find(wire.name);
+      // What an earlier build counted beyond the templates that there are now is as good as unknown.
+      if (known == known_.end() || static_cast<std::size_t>(known->second) >= templates.size()) {
+        missing = wire.name;
+        return false;
       }
-      if (same) return static_cast<int>(k);
+      list.push_back(known->second);
     }
-    lists.emplace_back();
-    for (const BX_WIRE& wire : inst.wires) lists.back().push_back(known_.at(wire.name));
-    return static_cast<int>(lists.size()) - 1;
+    lists.push_back(list);
+    return true;
   }
 
   static const BX_WIRE* first_at(const BX_INSTANCE* inst, const BX_WIRE& node) {
