@@ -34,7 +34,7 @@ struct bx_known_run {
 template <class T>
 class bx_flat_map {
  public:
-  explicit bx_flat_map(const RANGE_MAP<T>& map) : map_(map) {
+  explicit bx_flat_map(const RANGE_MAP<T>& map) : size_(map.size) {
     starts_.reserve(map.ranges.size());
     values_.reserve(map.ranges.size());
     for (const auto& [start, value] : map.ranges) {
@@ -43,16 +43,16 @@ class bx_flat_map {
     }
   }
 
-  /// The run of an index. Where there is none, which is reported, one that covers nothing.
+  /// The run of an index. Where there is none, one that covers nothing.
   bx_known_run<T> run_at(std::uint16_t i) const {
     const auto after = std::upper_bound(starts_.begin(), starts_.end(), i);
-    if (i >= map_.size || after == starts_.begin()) return {{}, map_.lookup(i)};
-    const std::uint16_t to = after != starts_.end() ? std::min(*after, map_.size) : map_.size;
+    if (i >= size_ || after == starts_.begin()) return {};
+    const std::uint16_t to = after != starts_.end() ? std::min(*after, size_) : size_;
     return {{*std::prev(after), to}, values_[static_cast<std::size_t>(after - starts_.begin()) - 1]};
   }
 
  private:
-  const RANGE_MAP<T>& map_;
+  std::uint16_t size_;
   std::vector<std::uint16_t> starts_;
   std::vector<T> values_;
 };
@@ -124,7 +124,8 @@ class bx_flat_template {
 
   const WIRE_TEMPLATE_SM& wire() const noexcept { return wire_; }
 
-  /// Which offset map a line has, and for what other lines that is known.
+  /// Which offset map a line has, and for what other lines that is known. A line that the template does not cover is
+  /// not among these.
   bx_known_run<std::uint16_t> map_of(std::uint16_t line) const {
     if (lines_.covers(line)) return {bx_index_span::of(line), lines_.at(0, line)};
     return index_map_.run_at(line);
@@ -132,9 +133,10 @@ class bx_flat_template {
 
   bool has_map(std::uint16_t map) const noexcept { return map < last_offsets_.size(); }
 
+  /// The offset at an index of an offset map, likewise.
   bx_known_run<BX_POINT> offset_at(std::uint16_t map, std::uint16_t along) {
     if (table_.covers(along)) return {bx_index_span::of(along), table_.at(map, along)};
-    if (offset_maps_.empty()) return {{}, wire_.offset_maps[map].lookup(along)};  // which reports
+    if (offset_maps_.empty()) return {};
     bx_known_run<BX_POINT>& last = last_offsets_[map];
     if (!last.where.covers(along)) last = offset_maps_[map].run_at(along);
     return last;
@@ -149,6 +151,10 @@ class bx_flat_template {
   std::vector<bx_flat_map<BX_POINT>> offset_maps_;
 };
 
+/// What came of looking an offset up: it was found, the index map leads beyond the offset maps, or a map does not cover
+/// the place.
+enum class bx_lookup_result { found, leads_nowhere, not_covered };
+
 /// The offset that was last found for a wire template, and the columns and rows where it holds: for the next switch
 /// matrix, too, when the template runs along columns. Those of all templates lie together.
 struct bx_strand {
@@ -158,13 +164,17 @@ struct bx_strand {
     return columns.covers(column) && rows.covers(row);
   }
 
-  /// Looks the offset of a place up. False when the index map leads beyond the offset maps.
-  bool move_to(std::uint16_t column, std::uint16_t row) {
+  /// Looks the offset of a place up. Reports nothing.
+  bx_lookup_result move_to(std::uint16_t column, std::uint16_t row) {
     const bool by_column = tmplt->wire().span_dir == 1;
-    const bx_known_run<std::uint16_t> lines = tmplt->map_of(by_column ? column : row);
-    if (!tmplt->has_map(lines.value)) return false;
-    const bx_known_run<BX_POINT> places = tmplt->offset_at(lines.value, by_column ? row : column);
-    // Number by number: read as one from where two were just written, they would have to be waited for.
+    const std::uint16_t line = by_column ? column : row;
+    const std::uint16_t place = by_column ? row : column;
+    const bx_known_run<std::uint16_t> lines = tmplt->map_of(line);
+    if (!lines.where.covers(line)) return bx_lookup_result::not_covered;
+    if (!tmplt->has_map(lines.value)) return bx_lookup_result::leads_nowhere;
+    const bx_known_run<BX_POINT> places = tmplt->offset_at(lines.value, place);
+    if (!places.where.covers(place)) return bx_lookup_result::not_covered;
+    // Number by number. Reading a span as one just after writing its two halves would stall on store forwarding.
     bx_index_span& across = by_column ? columns : rows;
     bx_index_span& along = by_column ? rows : columns;
     across.from = lines.where.from;
@@ -172,7 +182,7 @@ struct bx_strand {
     along.from = places.where.from;
     along.to = places.where.to;
     offset = places.value;
-    return true;
+    return bx_lookup_result::found;
   }
 
   bx_flat_template* tmplt;

@@ -3,7 +3,7 @@
 
 #include "bx_restore.h"
 
-#include <span>
+#include <utility>
 #include <vector>
 
 #include "bx_flat_templates.h"
@@ -33,16 +33,37 @@ class bx_restorer::flat_set {
     return {column, row, exists ? set_.corner_at(column, row) : BX_POINT()};
   }
 
-  /// What a template gives at a place. False when there is no such template, or it leads nowhere.
-  bool wire(std::size_t number, const place& at, bx_restored_wire& restored) {
-    if (number >= strands_.size()) return false;
+  /// What a template gives at a place, if it does. A template that does not exist leads nowhere. Reports nothing.
+  bx_lookup_result find_wire(std::size_t number, const place& at, bx_restored_wire& restored) {
+    if (number >= strands_.size()) return bx_lookup_result::leads_nowhere;
     bx_strand& known = strands_[number];
-    if (!known.holds_at(at.column, at.row) && !known.move_to(at.column, at.row)) return false;
+    if (!known.holds_at(at.column, at.row)) {
+      const bx_lookup_result moved = known.move_to(at.column, at.row);
+      if (moved != bx_lookup_result::found) return moved;
+    }
     restored = {known.name, known.origin.node(at.corner, known.offset)};
-    return true;
+    return bx_lookup_result::found;
+  }
+
+  /// The same; reports a place that the template does not cover. False when it leads nowhere.
+  bool wire(std::size_t number, const place& at, bx_restored_wire& restored) {
+    const bx_lookup_result result = find_wire(number, at, restored);
+    return result == bx_lookup_result::not_covered ? wire_by_maps(number, at, restored)
+                                                   : result == bx_lookup_result::found;
   }
 
  private:
+  // By the maps that clients see, which report an index that they do not cover.
+  bool wire_by_maps(std::size_t number, const place& at, bx_restored_wire& restored) const {
+    const WIRE_TEMPLATE_SM& wire = set_.wire_templates[number];
+    const bool by_column = wire.span_dir == 1;
+    const std::uint16_t map = wire.index_map.lookup(by_column ? at.column : at.row);
+    if (map >= wire.num_offset_map) return false;
+    const BX_POINT offset = wire.offset_maps[map].lookup(by_column ? at.row : at.column);
+    restored = {wire.name, bx_node_origin(wire).node(at.corner, offset)};
+    return true;
+  }
+
   BASIC_ASS_TEMPLATE& set_;
   std::vector<bx_flat_template> wires_;
   std::vector<bx_strand> strands_;
@@ -126,19 +147,34 @@ bool bx_restorer::wait_for_others(BX_WIRE* wires) {
 
 bool bx_restorer::finish() {
   bool good = true;
-  const std::span<const waiting> all(waiting_.data(), waiting_count_);
-  waiting_count_ = 0;
+  const std::size_t count = std::exchange(waiting_count_, 0);
   for (int k = 0; k < waiting_wires_; ++k) {
-    for (const waiting& each : all) {
+    for (std::size_t i = 0; i < count; ++i) {
       bx_restored_wire restored;
-      if (waiting_set_->wire(waiting_list_[k], each.at, restored)) {
-        put(restored, each.wires[k]);
+      const bx_lookup_result result = waiting_set_->find_wire(waiting_list_[k], waiting_[i].at, restored);
+      if (result == bx_lookup_result::not_covered) return finish_in_order(count);
+      if (result == bx_lookup_result::found) {
+        put(restored, waiting_[i].wires[k]);
       } else {
         good = false;
       }
     }
   }
-  waiting_wires_ = 0;
+  return good;
+}
+
+// Matrix by matrix. The first fault that is reported ends the process, so it must be the first one of the tree, not the
+// first one that the faster order comes to.
+bool bx_restorer::finish_in_order(std::size_t count) {
+  bool good = true;
+  for (std::size_t i = 0; i < count; ++i) {
+    for (int k = 0; k < waiting_wires_; ++k) {
+      bx_restored_wire restored;
+      const bool found = waiting_set_->wire(waiting_list_[k], waiting_[i].at, restored);
+      if (found) put(restored, waiting_[i].wires[k]);
+      good &= found;
+    }
+  }
   return good;
 }
 

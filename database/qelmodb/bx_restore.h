@@ -39,8 +39,9 @@ class bx_restorer {
   /// process when the template does not cover the instance's column or row.
   bool wire(int k, bx_restored_wire& restored) const;
 
-  /// Gives wires, of which there are wire_count() and which stay where they are, their names and nodes: those of
-  /// switch matrices with the next ones', or at finish(). False when some got nothing by now, for the same reasons.
+  /// Fills in names and nodes of the selected instance's wire_count() wires. The array must not move: wires of a switch
+  /// matrix are queued and filled together with those of the next matrices, at the latest by finish(). False when a
+  /// wire that was filled by this call had no template entry. Faults are reported in the order of the tree.
   bool fill(BX_WIRE* wires);
   bool finish();
 
@@ -61,6 +62,7 @@ class bx_restorer {
   };
 
   bool wait_for_others(BX_WIRE* wires);
+  bool finish_in_order(std::size_t count);
 
   flat_set& flat_set_of(BASIC_ASS_TEMPLATE& set);
 

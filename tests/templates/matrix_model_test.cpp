@@ -10,6 +10,7 @@
 #include "plain_matrix_set.h"
 #include "qelmocompress.h"
 #include "random_device.h"
+#include "template_faults.h"
 
 namespace {
 
@@ -75,6 +76,59 @@ TEST_P(MatrixModel, SetsOfRandomDevicesAreThePlainOnesAndGiveBackEveryWire) {
   EXPECT_GT(spans[1], 500U);
   EXPECT_GT(spans[2], 500U);
   EXPECT_GT(absolutes, 200U);
+}
+
+// ---- sets of damaged files
+
+// Damages one map of a set: what it covers, or where its first run begins.
+template <class Random>
+void damage(BASIC_ASS_TEMPLATE& set, Random random) {
+  if (set.num_wire_template == 0) return;
+  WIRE_TEMPLATE_SM& wire = set.wire_templates[random(0, set.num_wire_template - 1)];
+  const auto cut = [&random](auto& map) {
+    if (random(0, 1) == 0) {
+      map.size = static_cast<std::uint16_t>(random(0, map.size));
+    } else if (!map.ranges.empty()) {
+      map.ranges.erase(map.ranges.begin());
+    }
+  };
+  if (wire.num_offset_map == 0 || random(0, 2) == 0) return cut(wire.index_map);
+  cut(wire.offset_maps[random(0, wire.num_offset_map - 1)]);
+}
+
+// Every wire of a switch matrix by the maps of its template, one after the other.
+void restore_plainly(BASIC_ASS_TEMPLATE& set, BX_INSTANCE& inst) {
+  const auto list = static_cast<std::size_t>(inst.tmpltidx());
+  const std::uint16_t column = set.getcol(inst.xmin);
+  const std::uint16_t row = set.getrow(inst.ymin);
+  for (int k = 0; k < set.wirelist_numwires[list]; ++k) {
+    WIRE_TEMPLATE_SM& wire = set.wire_templates[set.wirelists[list][k]];
+    const bool by_column = wire.span_dir == 1;
+    const std::uint16_t map = wire.index_map.lookup(by_column ? column : row);
+    if (map < wire.num_offset_map) wire.offset_maps[map].lookup(by_column ? row : column);
+  }
+}
+
+TEST_P(MatrixModel, FaultsOfDamagedSetsAreReportedInTheOrderOfTheTree) {
+  test::device_maker maker(GetParam());
+  int faults = 0;
+  for (int round = 0; round < 1000; ++round) {
+    const std::unique_ptr<BX_DB> db = maker.next();
+    db->compress();
+    BASIC_ASS_TEMPLATE& set = db->get_basic_ass_tmp();
+    for (bx_long count = maker.number(1, 3); count > 0; --count) {
+      damage(set, [&maker](int from, int to) { return maker.number(from, to); });
+    }
+    const std::string expected = test::fault_of([&] {
+      bx_walk(static_cast<BX_INSTANCE&>(*db), [&set](BX_INSTANCE& inst, bx_long) {
+        if (inst.is_basic_ass() != 0) restore_plainly(set, inst);
+        return true;
+      });
+    });
+    ASSERT_EQ(test::fault_of([&] { db->restore(); }), expected) << "round " << round;
+    faults += expected.empty() ? 0 : 1;
+  }
+  EXPECT_GT(faults, 300);
 }
 
 // ---- builds on sets that earlier builds have filled
