@@ -3,6 +3,7 @@
 
 #include "bx_basic_ass_template.h"
 
+#include <atomic>
 #include <memory>
 
 #include "bx_matrix_build.h"
@@ -17,20 +18,44 @@ WIRE_TEMPLATE_SM::~WIRE_TEMPLATE_SM() {
   offset_maps = nullptr;
 }
 
-/// The corner of each place of the grid, as the maps were when it was made. A corner is a column's coordinate and a
-/// row's, so the two suffice; the table of all places is for clients, as long as it is of a bearable size.
-class BASIC_ASS_TEMPLATE::corners {
+namespace {
+
+/// Coordinates of columns or rows, by their numbers. A damaged file can give several the same number, or one beyond
+/// their count.
+class numbered_coordinates {
  public:
-  corners(const std::map<bx_long, std::uint16_t>& colmap, const std::map<bx_long, std::uint16_t>& rowmap)
-      : columns_(colmap), rows_(rowmap) {
-    if (columns_.size() * rows_.size() > most_ins_points) return;
-    points_.resize(columns_.size() * rows_.size(), NO_POINT);
-    by_column_.resize(columns_.size());
-    for (std::size_t c = 0; c < columns_.size(); ++c) {
-      by_column_[c] = points_.data() + c * rows_.size();
-      for (std::size_t r = 0; r < rows_.size(); ++r) by_column_[c][r] = at(c, r);
+  explicit numbered_coordinates(const std::map<bx_long, std::uint16_t>& numbers)
+      : coordinates_(numbers.size()), known_(numbers.size()) {
+    for (const auto& [coordinate, number] : numbers) {
+      if (number >= coordinates_.size()) continue;
+      coordinates_[number] = coordinate;
+      known_[number] = true;
     }
   }
+  std::size_t size() const noexcept { return coordinates_.size(); }
+  bool get(std::size_t number, bx_long& coordinate) const noexcept {
+    if (number >= coordinates_.size() || !known_[number]) return false;
+    coordinate = coordinates_[number];
+    return true;
+  }
+
+ private:
+  std::vector<bx_long> coordinates_;
+  std::vector<bool> known_;
+};
+
+void release_table(BX_POINT** table, std::size_t columns) noexcept {
+  for (std::size_t c = 0; c < columns; ++c) delete[] table[c];
+  delete[] table;
+}
+
+}  // namespace
+
+/// From which the corner of any place follows, as the maps were when it was made.
+class BASIC_ASS_TEMPLATE::line_coordinates {
+ public:
+  line_coordinates(const std::map<bx_long, std::uint16_t>& colmap, const std::map<bx_long, std::uint16_t>& rowmap)
+      : columns_(colmap), rows_(rowmap) {}
 
   BX_POINT at(std::size_t c, std::size_t r) const noexcept {
     bx_long x = 0;
@@ -38,36 +63,27 @@ class BASIC_ASS_TEMPLATE::corners {
     return columns_.get(c, x) && rows_.get(r, y) ? BX_POINT(x, y) : NO_POINT;
   }
 
-  BX_POINT** table() noexcept { return by_column_.empty() ? nullptr : by_column_.data(); }
+  /// A table of all corners.
+  BX_POINT** table() const {
+    std::vector<std::unique_ptr<BX_POINT[]>> columns;
+    columns.reserve(columns_.size());
+    for (std::size_t c = 0; c < columns_.size(); ++c) {
+      columns.push_back(std::make_unique<BX_POINT[]>(rows_.size()));
+      for (std::size_t r = 0; r < rows_.size(); ++r) columns.back()[r] = at(c, r);
+    }
+    auto* const made = new BX_POINT*[columns.size()];
+    for (std::size_t c = 0; c < columns.size(); ++c) made[c] = columns[c].release();
+    return made;
+  }
 
  private:
-  // Coordinates by number. A damaged file can give several the same number, or one beyond their count.
-  class axis {
-   public:
-    explicit axis(const std::map<bx_long, std::uint16_t>& numbers)
-        : coordinates_(numbers.size()), known_(numbers.size()) {
-      for (const auto& [coordinate, number] : numbers) {
-        if (number >= coordinates_.size()) continue;
-        coordinates_[number] = coordinate;
-        known_[number] = true;
-      }
-    }
-    std::size_t size() const noexcept { return coordinates_.size(); }
-    bool get(std::size_t number, bx_long& coordinate) const noexcept {
-      if (number >= coordinates_.size() || !known_[number]) return false;
-      coordinate = coordinates_[number];
-      return true;
-    }
+  numbered_coordinates columns_;
+  numbered_coordinates rows_;
+};
 
-   private:
-    std::vector<bx_long> coordinates_;
-    std::vector<bool> known_;
-  };
-
-  axis columns_;
-  axis rows_;
-  std::vector<BX_POINT> points_;
-  std::vector<BX_POINT*> by_column_;
+struct BASIC_ASS_TEMPLATE::table_size {
+  std::size_t columns;
+  std::size_t rows;
 };
 
 BASIC_ASS_TEMPLATE::BASIC_ASS_TEMPLATE() noexcept = default;
@@ -85,7 +101,10 @@ BASIC_ASS_TEMPLATE& BASIC_ASS_TEMPLATE::operator=(const BASIC_ASS_TEMPLATE& othe
   colmap = other.colmap;
   rowmap = other.rowmap;
   ins_points = other.ins_points;
-  corners_ = other.corners_.load();
+  made_table_ = other.made_table_.load();
+  made_columns_ = other.made_columns_.load();
+  made_rows_ = other.made_rows_.load();
+  coordinates_ = other.coordinates_.load();
   former_templates_ = other.former_templates_;
   return *this;
 }
@@ -94,7 +113,7 @@ BASIC_ASS_TEMPLATE::~BASIC_ASS_TEMPLATE() {
   release_wire_lists();
   delete[] wire_templates;
   for (WIRE_TEMPLATE_SM* former : former_templates_) delete[] former;
-  forget_corners();
+  release_corners();
 }
 
 void BASIC_ASS_TEMPLATE::release_wire_lists() noexcept {
@@ -106,9 +125,11 @@ void BASIC_ASS_TEMPLATE::release_wire_lists() noexcept {
   num_wirelist = 0;
 }
 
-void BASIC_ASS_TEMPLATE::forget_corners() noexcept {
+void BASIC_ASS_TEMPLATE::release_corners() noexcept {
+  if (ins_points != nullptr) release_table(ins_points, size_of(ins_points).columns);
   ins_points = nullptr;
-  delete corners_.exchange(nullptr);
+  made_table_ = nullptr;
+  delete coordinates_.exchange(nullptr);
 }
 
 void BASIC_ASS_TEMPLATE::buildme_sm(BX_DB* db) { bx_matrix_builder(*this, *db).build(); }
@@ -140,21 +161,43 @@ std::uint16_t BASIC_ASS_TEMPLATE::get_wire_list_idx_sm(BX_INSTANCE* inst) const 
   return NO_INDEX;
 }
 
+// Several threads may come here at once, with the same maps: all make the same table, and one table stays.
 void BASIC_ASS_TEMPLATE::init_ins_points() {
-  auto made = std::make_unique<corners>(colmap, rowmap);
-  corners* none = nullptr;
-  if (!corners_.compare_exchange_strong(none, made.get())) return;  // another thread was first
-  ins_points = made->table();
-  static_cast<void>(made.release());
+  BX_POINT** const made = line_coordinates(colmap, rowmap).table();
+  made_columns_ = static_cast<std::uint32_t>(colmap.size());
+  made_rows_ = static_cast<std::uint32_t>(rowmap.size());
+  BX_POINT** none = nullptr;
+  if (std::atomic_ref(ins_points).compare_exchange_strong(none, made)) {
+    made_table_ = made;
+  } else {
+    release_table(made, colmap.size());
+  }
 }
 
-const BASIC_ASS_TEMPLATE::corners& BASIC_ASS_TEMPLATE::known_corners() {
-  if (corners_.load() == nullptr) init_ins_points();
-  return *corners_.load();
+// Any other table than the library's own is a client's, for the maps as they are.
+BASIC_ASS_TEMPLATE::table_size BASIC_ASS_TEMPLATE::size_of(BX_POINT** table) const noexcept {
+  if (table == made_table_) return {made_columns_, made_rows_};
+  return {colmap.size(), rowmap.size()};
+}
+
+const BASIC_ASS_TEMPLATE::line_coordinates& BASIC_ASS_TEMPLATE::known_coordinates() {
+  if (coordinates_.load() == nullptr) {
+    auto made = std::make_unique<line_coordinates>(colmap, rowmap);
+    line_coordinates* none = nullptr;
+    if (coordinates_.compare_exchange_strong(none, made.get())) static_cast<void>(made.release());
+  }
+  return *coordinates_.load();
 }
 
 BX_POINT BASIC_ASS_TEMPLATE::corner_at(std::uint16_t column, std::uint16_t row) {
-  return known_corners().at(column, row);
+  const std::atomic_ref table(ins_points);
+  if (table.load() == nullptr) {
+    if (colmap.size() * rowmap.size() > most_ins_points) return known_coordinates().at(column, row);
+    init_ins_points();
+  }
+  BX_POINT** const points = table.load();
+  const table_size size = size_of(points);
+  return column < size.columns && row < size.rows ? points[column][row] : NO_POINT;
 }
 
 BX_POINT BASIC_ASS_TEMPLATE::restore_wire(BX_POINT pos, int k, int j) {

@@ -49,7 +49,7 @@ unsigned char BASIC_ASS_TEMPLATE::writeme_sm(UT_PTRFILE* file) const {
 }
 
 unsigned char BASIC_ASS_TEMPLATE::readme_sm(UT_PTRFILE* file) {
-  forget_corners();
+  release_corners();
   bx_template_reader reader(*file);
   return bx_describe_matrix_set(reader, *this) ? 1 : 0;
 }

@@ -291,6 +291,84 @@ TEST_F(MatrixSet, CornersAreTabulatedAtTheFirstRestore) {
   EXPECT_EQ(set.ins_points, kept);
 }
 
+// A client's table for a set, with points of its own.
+BX_POINT** table_of(const BASIC_ASS_TEMPLATE& set, BX_POINT shift) {
+  auto** const table = new BX_POINT*[set.colmap.size()];
+  for (const auto& [x, c] : set.colmap) {
+    table[c] = new BX_POINT[set.rowmap.size()];
+    for (const auto& [y, r] : set.rowmap) table[c][r] = BX_POINT(x + shift.x, y + shift.y);
+  }
+  return table;
+}
+
+void release(const BASIC_ASS_TEMPLATE& set, BX_POINT** table) {
+  for (std::size_t c = 0; c < set.colmap.size(); ++c) delete[] table[c];
+  delete[] table;
+}
+
+TEST_F(MatrixSet, CornersThatAClientChangesAreThoseOfLookups) {
+  put_square(1, 1);
+  db.compress();
+  BASIC_ASS_TEMPLATE& own = db.get_basic_ass_tmp();
+  own.restore_wire_sm(0, 0, 0, 0);
+  own.ins_points[1][0] = BX_POINT(500, 600);
+  EXPECT_EQ(own.restore_wire_sm(1, 0, 0, 0), BX_POINT(501, 601));
+  EXPECT_EQ(own.restore_wire(BX_POINT(10, 0), 0, 0), BX_POINT(501, 601));
+  db.restore();
+  const auto wires = qelmodb::find_wires(db, "w");
+  ASSERT_EQ(wires.size(), 4U);
+  EXPECT_EQ(wires[2].inst->xmin, 10);
+  EXPECT_EQ(wires[2].wire->nodex, 501);
+  EXPECT_EQ(wires[3].wire->nodex, 11) << "its corner is as it was";
+}
+
+TEST_F(MatrixSet, TableThatAClientPutsInPlaceIsUsedAndReleasedWithTheSet) {
+  put_square(1, 1);
+  build();
+  // Before any restore, and in place of one that a restore has made.
+  set.ins_points = table_of(set, BX_POINT(100, 200));
+  EXPECT_EQ(set.restore_wire_sm(1, 1, 0, 0), BX_POINT(111, 209));
+  release(set, set.ins_points);
+  set.ins_points = nullptr;
+  EXPECT_EQ(set.restore_wire_sm(1, 1, 0, 0), BX_POINT(11, 9)) << "made anew";
+  ASSERT_NE(set.ins_points, nullptr);
+  release(set, set.ins_points);
+  set.ins_points = table_of(set, BX_POINT(-100, 0));
+  EXPECT_EQ(set.restore_wire_sm(1, 1, 0, 0), BX_POINT(-89, 9));
+}
+
+TEST_F(MatrixSet, TableFromBeforeALaterBuildStaysAsItIs) {
+  put_square(1, 1);
+  build();
+  set.restore_wire_sm(0, 0, 0, 0);
+  BX_POINT** const table = set.ins_points;
+  put(-5, 0, {{"w", -4, 1}});
+  build();
+  EXPECT_EQ(set.ins_points, table);
+  EXPECT_EQ(set.restore_wire_sm(0, 0, 0, 0), BX_POINT(1, 1)) << "column 0 began at 0 then";
+  EXPECT_EQ(set.restore_wire_sm(2, 0, 0, 0), BX_POINT(INT32_MIN, INT32_MIN)) << "there was no column 2";
+  for (int c = 0; c < 2; ++c) delete[] table[c];
+  delete[] table;
+  set.ins_points = nullptr;
+  EXPECT_EQ(set.restore_wire_sm(0, 0, 0, 0), BX_POINT(-4, 1));
+}
+
+TEST_F(MatrixSet, TableForAGridThatIsTooLargeForOneIsUsedWhereAClientMakesIt) {
+  BX_INSTANCE* column = add(db, "TILE", 0, 0, 1, 1);
+  for (bx_long i = 0; i < 2049; ++i) {
+    BX_INSTANCE* inst = test::make("BASIC_ASS", i * 3, i * 5, i * 3, i * 5);
+    column->instances.a_add(&inst);
+    test::bind(*inst, &db);
+    if (i == 0) add_wire(*inst, "w", 1, 1);
+  }
+  build();
+  ASSERT_GT(set.colmap.size() * set.rowmap.size(), BASIC_ASS_TEMPLATE::most_ins_points);
+  EXPECT_EQ(set.restore_wire_sm(0, 0, 0, 0), BX_POINT(1, 1));
+  EXPECT_EQ(set.ins_points, nullptr);
+  set.ins_points = table_of(set, BX_POINT(1000, 1000));
+  EXPECT_EQ(set.restore_wire_sm(0, 0, 0, 0), BX_POINT(1001, 1001));
+}
+
 TEST_F(MatrixSet, FirstRestoreMayComeFromSeveralThreads) {
   put_square(1, 2);
   build();

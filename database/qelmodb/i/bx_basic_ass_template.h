@@ -33,11 +33,14 @@ class BX_API BASIC_ASS_TEMPLATE {
   std::map<bx_long, std::uint16_t> colmap;     ///< column of each xmin
   std::map<bx_long, std::uint16_t> rowmap;     ///< row of each ymin
 
-  /// The corner of each place, by column and row; null until the first restore, and for grids of more than
-  /// most_ins_points places, whose corners are not tabulated.
+  /// The corner of each place, by column and row: one array for each column, of one point for each row. Null until the
+  /// first restore makes it. Lookups use what it says, so a client may change points, or put another table in its
+  /// place, of as many columns and rows as colmap and rowmap have then. Whoever takes a table out owns it; set to null,
+  /// it is made anew by the next restore. A table made before a later build lacks the columns and rows which that build
+  /// added. For grids of more than most_ins_points places no table is made, because a small file can ask for as many.
   BX_POINT** ins_points = nullptr;
 
-  /// The largest table of corners.
+  /// The largest table of corners that is made.
   static constexpr std::size_t most_ins_points = std::size_t{1} << 22;
 
   // ---- make
@@ -98,14 +101,23 @@ class BX_API BASIC_ASS_TEMPLATE {
   friend class bx_restorer;
   friend class bx_template_reader;
 
-  class corners;
+  class line_coordinates;
+  struct table_size;
 
   void release_wire_lists() noexcept;
-  void forget_corners() noexcept;
+  void release_corners() noexcept;
   void init_ins_points();
-  const corners& known_corners();
+  table_size size_of(BX_POINT** table) const noexcept;
+  const line_coordinates& known_coordinates();
   BX_POINT corner_at(std::uint16_t column, std::uint16_t row);
 
-  std::atomic<corners*> corners_ = nullptr;          // owned; made once, by whichever thread needs it first
+  // The table that the library made last, which may be smaller than the maps are by now: its columns and rows.
+  std::atomic<BX_POINT**> made_table_ = nullptr;
+  std::atomic<std::uint32_t> made_columns_ = 0;
+  std::atomic<std::uint32_t> made_rows_ = 0;
+
+  // In place of a table that would be too large; owned. Made once, by whichever thread needs it first.
+  std::atomic<line_coordinates*> coordinates_ = nullptr;
+
   std::vector<WIRE_TEMPLATE_SM*> former_templates_;  // owned; of earlier builds, as clients may hold some
 };
