@@ -122,14 +122,17 @@ int UT_STREAM::readline(char* line, bx_long limit) {
   std::size_t stored = 0;
   char last = '\0';
   bool last_stored = false;
+  bool found_any = false;
   int whole = 0;
   while (whole == 0) {
     std::size_t available = 0;
     const char* from = peek(1, available);
     if (available == 0) {
-      failed_ = true;
+      // The last line of a file may lack its end. A line that is missing as a whole was asked for in vain.
+      if (!found_any) failed_ = true;
       break;
     }
+    found_any = true;
     const void* hit = std::memchr(from, '\n', available);
     const std::size_t part =
         hit != nullptr ? static_cast<std::size_t>(static_cast<const char*>(hit) - from) : available;

@@ -49,35 +49,42 @@ class compression_survey {
   }
 
   void look_at_matrices() {
+    if (has_too_large()) return;
     std::vector<const char*> template_names;
     for (const BX_WIRE& wire : model_->wires) {
       model_numbers_[wire.name] = static_cast<int>(template_names.size());
       model_texts_.insert(ut_text(wire.name));
       template_names.push_back(wire.name);
     }
-    // Wire templates are counted in 16 bits.
-    const auto templates = static_cast<std::uint16_t>(template_names.size());
-    template_names.resize(templates);
     const std::vector<BX_INSTANCE*> tiles = tiles_in_order();
     // Lists, columns and rows of an earlier compression stay.
     bx_wire_list_index lists(former_, std::move(template_names));
-    for (const BX_INSTANCE* inst : tiles) add_list(lists, *inst, templates);
+    for (const BX_INSTANCE* inst : tiles) add_list(lists, *inst);
     for (const BX_INSTANCE* inst : matrices_) {
       if (lists.find(*inst) < lists.count() || is_named(*inst)) continue;
-      object(inst,
-             inst->getnumwires() > static_cast<bx_long>(bx_most_list_wires)
-                 ? neoform("switch matrix of %d wires; a template holds %zu", inst->getnumwires(), bx_most_list_wires)
-                 : "switch matrix with wires like no other, hidden behind another one at the same place");
+      object(inst, "switch matrix with wires like no other, hidden behind another one at the same place");
     }
   }
 
+  /// Whether there are matrices of more wires than can be counted. Then nothing can be said of the others.
+  bool has_too_large() {
+    bool found = false;
+    for (const BX_INSTANCE* inst : matrices_) {
+      if (inst->getnumwires() <= static_cast<bx_long>(bx_most_list_wires)) continue;
+      object(inst, neoform("switch matrix of %d wires; a template holds %zu", inst->getnumwires(), bx_most_list_wires));
+      found = true;
+    }
+    return found;
+  }
+
   /// As the build does. The list of an instance with wires that no template stands for is left out.
-  void add_list(bx_wire_list_index& lists, const BX_INSTANCE& inst, std::size_t templates) {
+  void add_list(bx_wire_list_index& lists, const BX_INSTANCE& inst) {
     if (lists.find(inst) < lists.count()) return;
     const auto number_of = [this](const char* name) {
       const auto known = model_numbers_.find(name);
       return known != model_numbers_.end() ? known->second : bx_wire_name_number(name);
     };
+    const auto templates = static_cast<std::size_t>(model_->getnumwires());
     const std::optional<bx_wire_list> list = bx_wire_list_of(inst, templates, number_of, [](bx_long) { return false; });
     if (!list) {
       is_named(inst);

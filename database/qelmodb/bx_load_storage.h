@@ -47,11 +47,13 @@ inline std::unique_ptr<BX_INSTANCE> bx_new_instance(BX_DB* db) {
   return fresh;
 }
 
-/// Makes room in a list for the next count elements, when it is to have all in the end; in shared storage when there is
-/// one. That cannot grow, so it is for lists only whose whole length is known.
+/// Makes room for the next count of the all elements that a list will have in the end. Uses shared storage, when there
+/// is one, only for a list that gets them all at once, because that storage cannot grow. A count that a file says may
+/// be negative, and then means none.
 template <class T>
 void bx_reserve(UT_DARRAY<T>& list, UT_SLABS* storage, bx_long count, bx_long all) {
-  if (storage == nullptr || count == 0 || count < all || list.getcount() != 0) {
+  if (count <= 0) return;
+  if (storage == nullptr || count < all || list.getcount() != 0) {
     list.a_reserve(count);
     return;
   }

@@ -173,10 +173,17 @@ TEST(CheckerOfText, TellsFaultyCounts) {
 }
 
 TEST(CheckerOfText, TellsAFileThatIsCutOff) {
-  const std::string cut_off = sound_text.substr(0, sound_text.size() - 1);
-  expect_at(only_fault(cut_off), severity::error, static_cast<std::int64_t>(cut_off.size()), 12, "TOP/D",
-            "the line with the child count has no end");
+  const std::string in_a_count = sound_text.substr(0, sound_text.find("\n2\nBX_WIRE") + 2);
+  expect_at(only_fault(in_a_count), severity::error, static_cast<std::int64_t>(in_a_count.size()), 6, "TOP/C",
+            "the line with the wire count has no end");
   expect_text_fault(sound_text.substr(0, sound_text.find(" (3, -4)") + 8), "", 8, "TOP/C", "the line has no end");
+}
+
+TEST(CheckerOfText, NotesThatTheLastLineHasNoEnd) {
+  const std::string unended = sound_text.substr(0, sound_text.size() - 1);
+  expect_at(only_fault(unended), severity::note, static_cast<std::int64_t>(unended.size()), 12, "TOP/D",
+            "the last line has no end");
+  EXPECT_TRUE(check_bytes(unended, content::database).sound());
 }
 
 TEST(CheckerOfText, TellsWhatNothingReadsBehindTheLastRecord) {

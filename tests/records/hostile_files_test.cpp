@@ -69,7 +69,9 @@ TEST_P(HostileFiles, WholeFilesAreLoadableAndLoad) {
 }
 
 TEST_P(HostileFiles, CutOffAtEveryByteAreNotLoadableAndGiveFalse) {
-  for (std::size_t length = 0; length < whole_.size(); ++length) {
+  // The last line of a text file needs no end.
+  const std::size_t needed = whole_.size() - (GetParam().as == form::text ? 1 : 0);
+  for (std::size_t length = 0; length < needed; ++length) {
     const bool is_loaded = !can_end_process() || length % 25 == 0;
     const std::string prefix = whole_.substr(0, length);
     const qelmodb::check_report report = check_bytes(prefix, GetParam().what);

@@ -172,6 +172,56 @@ TEST_P(RoundTrip, FilesByNameHoldWhatStreamsDo) {
   }
 }
 
+/// Every count of 0 in a text file says so in another way; the last line has an end or not.
+std::string with_odd_counts(const std::string& text, std::mt19937& random, bool is_ended) {
+  static const char* const none[] = {"-1", "-2147483648", "-7 and more", "", "  ", "zero", "-0", "0x9", "\t-3"};
+  std::string odd;
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t end = text.find('\n', at);
+    const std::string line = text.substr(at, end - at);
+    odd += line == "0" ? none[random() % std::size(none)] : line;
+    odd += '\n';
+    at = end + 1;
+  }
+  if (is_ended) return odd;
+  odd.pop_back();
+  // A line of no characters without end is no line.
+  return odd.back() == '\n' ? odd + "0" : odd;
+}
+
+TEST_P(RoundTrip, TextCountsThatAreNegativeOrNoNumbersMeanNone) {
+  const test::separator keep('$');
+  std::mt19937 random(7);
+  for (const content what : {content::database, content::grid}) {
+    const std::string text = test::dumped(db_, form::text, what);
+    for (int round = 0; round < 50; ++round) {
+      const std::string odd = with_odd_counts(text, random, round % 2 == 0);
+      BX_DB loaded;
+      ASSERT_TRUE(test::loaded(loaded, odd, what)) << odd;
+      ASSERT_EQ(test::dumped(loaded, form::text, what), text);
+    }
+  }
+}
+
+TEST_P(RoundTrip, TextNeedsNoEndOfItsLastLineButTheLine) {
+  const test::separator keep('$');
+  const test::temporary_folder folder;
+  for (const content what : {content::database, content::grid}) {
+    const std::string text = test::dumped(db_, form::text, what);
+    const std::string name = folder.file("unended");
+    const auto load = [&](std::size_t missing) {
+      test::write_file(name, text.substr(0, text.size() - missing));
+      BX_DB db;
+      const bool good = (what == content::grid ? db.loadgrid(name.c_str()) : db.load(name.c_str())) != 0;
+      EXPECT_TRUE(!good || test::dumped(db, form::text, what) == text);
+      return good;
+    };
+    EXPECT_TRUE(load(0));
+    EXPECT_TRUE(load(1));
+    EXPECT_FALSE(load(2));
+  }
+}
+
 TEST_P(RoundTrip, WhatTheLibraryWritesTheCheckerFindsLoadable) {
   for (const form as : {form::text, form::binary}) {
     for (const content what : {content::database, content::grid}) {

@@ -120,6 +120,17 @@ TEST_P(StreamReading, LinesEndWithALineFeedWithOrWithoutACarriageReturn) {
   EXPECT_STREQ(line, "");
 }
 
+TEST_P(StreamReading, LastLineWithoutEndIsNoFailureAndAMissingOneIs) {
+  auto file = open("one\nlast");
+  char line[20];
+  EXPECT_EQ(file->readline(line, 20), 1);
+  EXPECT_EQ(file->readline(line, 20), 0);
+  EXPECT_STREQ(line, "last");
+  EXPECT_TRUE(file->ok());
+  EXPECT_EQ(file->readline(line, 20), 0);
+  EXPECT_FALSE(file->ok());
+}
+
 TEST_P(StreamReading, CarriageReturnInsideALineStays) {
   auto file = open("a\rb\r\r\n");
   char line[20];

@@ -35,7 +35,8 @@ class BX_API UT_STREAM {
   bx_long readkey(char* key, bx_long limit, char delimiter);
 
   /// Consumes one line with its end ("\n" or "\r\n"), stores at most limit - 1 characters of it and
-  /// a NUL. Returns 1 when a line end was consumed, 0 when the stream ended first.
+  /// a NUL. Returns 1 when a line end was consumed, 0 when the stream ended first. The stream fails only when it ended
+  /// before the line began: what there is of a last line without end is stored like any other line.
   int readline(char* line, bx_long limit);
 
   /// Reads a NUL-terminated text of at most limit bytes, NUL included, and returns its length
