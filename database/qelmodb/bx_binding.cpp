@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "bx_access.h"
+#include "bx_walk.h"
 #include "qelmoext.h"
 #include "ut_string.h"
 
@@ -51,16 +52,14 @@ class BX_INSTANCE::binding {
   }
 
  private:
+  // Parents before children, children in their order: new names come into the table in the order of this walk, which
+  // shows where the table is not sorted.
   void gather() {
-    std::vector<BX_INSTANCE*> pending{root_};
-    while (!pending.empty()) {
-      BX_INSTANCE* inst = pending.back();
-      pending.pop_back();
-      gathered_.push_back(inst);
-      for (BX_INSTANCE* child : inst->instances) {
-        if (child != nullptr && child->top != db_) pending.push_back(child);
-      }
-    }
+    bx_walk_steps(*root_, [this](BX_INSTANCE& inst, bx_long /*depth*/) {
+      if (inst.top == db_) return bx_step::past;
+      gathered_.push_back(&inst);
+      return bx_step::into;
+    });
     instances_ = gathered_;
   }
 
@@ -81,8 +80,10 @@ class BX_INSTANCE::binding {
     inst.name = names_[next++];
     if (db_ == nullptr) inst.nameborrowed = false;
     for (BX_WIRE& wire : inst.wires) {
-      if (was_alone && !wire.nameborrowed) std::free(wire.name);
-      wire.name = names_[next++];
+      char* const fresh = names_[next++];
+      // A client may have made the wire with a string of the database.
+      if (was_alone && !wire.nameborrowed && wire.name != fresh) std::free(wire.name);
+      wire.name = fresh;
       if (db_ == nullptr) wire.nameborrowed = false;
     }
     inst.top = db_;

@@ -11,7 +11,7 @@ unsigned char BX_INSTANCE::writegrid(UT_PTRFILE* file) const {
 }
 
 unsigned char BX_INSTANCE::readgrid(UT_PTRFILE* file) {
-  drop_own_name();
+  give_up_name();
   bx_binary_grid_reader reader(*file, top);
   return bx_read_tree(reader, *this, false) ? 1 : 0;
 }
@@ -22,7 +22,7 @@ unsigned char BX_INSTANCE::writegrid(UT_STREAM* file) const {
 }
 
 unsigned char BX_INSTANCE::readgrid(UT_STREAM* file) {
-  drop_own_name();
+  give_up_name();
   bx_text_reader reader(*file, nullptr, top);
   return bx_read_tree(reader, *this, false) ? 1 : 0;
 }

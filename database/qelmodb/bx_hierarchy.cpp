@@ -127,14 +127,8 @@ void BX_INSTANCE::regroup_children(bx_long present) {
 
 void BX_INSTANCE::convert_hierarchy() {
   // Where the work ends early, the order of any list may be another than it was known to be.
-  struct edge_watch {
-    const BX_INSTANCE& root;
-    const bx_long left_edge;
-    bool done = false;
-    ~edge_watch() {
-      if (!done || root.xmin != left_edge) ++bx_left_edges_moved;
-    }
-  } edges{*this, xmin};
+  bx_left_edge_watch edges(*this);
+  edges.edges_below_may_move(true);
   std::vector<visit> path;
   auto enter = [&path](BX_INSTANCE* inst) {
     const bx_long present = present_children(*inst);
@@ -154,5 +148,5 @@ void BX_INSTANCE::convert_hierarchy() {
     path.pop_back();
     if (!path.empty()) widen(*path.back().inst, *inst);
   }
-  edges.done = true;
+  edges.edges_below_may_move(false);
 }

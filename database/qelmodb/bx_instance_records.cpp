@@ -1,8 +1,7 @@
 // SPDX-FileCopyrightText: The qelmodb authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include <cstdlib>
-
+#include "bx_former_names.h"
 #include "bx_record_readers.h"
 #include "bx_record_writers.h"
 #include "bx_reports.h"
@@ -13,7 +12,7 @@ unsigned char BX_INSTANCE::writeme(UT_PTRFILE* file) const {
 }
 
 unsigned char BX_INSTANCE::readme(UT_PTRFILE* file) {
-  drop_own_name();
+  give_up_name();
   bx_binary_reader reader(*file);
   // Cutting names changes strings that may be this database's. Nothing is looked up meanwhile.
   if (top != nullptr) bx_access::names(*top).invalidate();
@@ -26,16 +25,19 @@ unsigned char BX_INSTANCE::writeme(UT_STREAM* file) const {
 }
 
 unsigned char BX_INSTANCE::readme(UT_STREAM* file) {
-  drop_own_name();
+  give_up_name();
   bx_text_reader reader(*file, nullptr, top);
   return bx_read_tree(reader, *this, true) ? 1 : 0;
 }
 
 void BX_INSTANCE::printme(int level) const { bx_print_tree(*this, level, true); }
 
-// A reader is about to store another name. A standalone instance owns the one it has; any other belongs to
-// its database.
-void BX_INSTANCE::drop_own_name() noexcept {
-  if (top == nullptr && !nameborrowed) std::free(name);
+// A reader is about to store another name. A standalone instance owns the one it has; any other belongs to its
+// database.
+void BX_INSTANCE::give_up_name() {
+  if (top == nullptr && !nameborrowed && name != nullptr) {
+    bx_keep_former_name(*this, name);
+    has_former_names_ = true;
+  }
   name = nullptr;
 }

@@ -29,7 +29,14 @@ char* copy_of(std::string_view text) {
 
 bx_name_store::bx_name_store(DARRAY_NAME& table) : table_(table), seed_(ut_hash_seed()) {}
 
+// A client may have given a joining instance a string of the table, or two instances one string. So strings can be
+// among the kept ones more than once, and in the table as well; each is freed once.
 bx_name_store::~bx_name_store() {
+  std::sort(kept_.begin(), kept_.end());
+  kept_.erase(std::unique(kept_.begin(), kept_.end()), kept_.end());
+  for (char* string : table_) {
+    if (!std::binary_search(kept_.begin(), kept_.end(), string)) bx_free_name(string);
+  }
   for (char* string : kept_) bx_free_name(string);
 }
 

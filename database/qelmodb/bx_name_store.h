@@ -30,7 +30,7 @@ class bx_name_store {
   bx_name_store(const bx_name_store&) = delete;
   bx_name_store& operator=(const bx_name_store&) = delete;
 
-  /// Frees the kept strings. The table frees its own.
+  /// Frees the kept strings and those of the table, each once.
   ~bx_name_store();
 
   /// The table's string of this text, added when there is none. O(1) on average for a known text.
@@ -47,7 +47,8 @@ class bx_name_store {
   void open_batch() noexcept;
   void close_batch();
 
-  /// Keeps a string until the database is destroyed. Null is ignored. Takes no ownership when it throws.
+  /// Keeps a string until the database is destroyed, also one that is kept or in the table already. Null is ignored.
+  /// Takes no ownership when it throws.
   void keep(char* string);
 
   /// Keeps the cell lists of a grid likewise.
@@ -93,8 +94,8 @@ class bx_name_store {
   bx_long indexed_ = -1;   // entries of the table that the index covers; -1: build it anew
   bool ascending_ = true;  // the indexed part of the table is sorted
   bx_long batch_start_ = -1;
-  int batches_ = 0;  // open ones, nested
-  std::vector<char*> kept_;
+  int batches_ = 0;          // open ones, nested
+  std::vector<char*> kept_;  // some more than once
   std::vector<std::unique_ptr<DARRAY_BX_INSTPTR[]>> kept_lists_;
   std::unordered_set<const char*> owned_;
   bool owned_valid_ = false;

@@ -378,6 +378,7 @@ bool bx_read_tree(Reader& reader, BX_INSTANCE& root, int least_size, ReadHead re
     if (count > 0) bx_reserve_children(inst, bx_justified(count, reader.file(), least_size), count);
     return true;
   };
+  const bx_left_edge_watch among_siblings(root);
   bool good = enter(root);
   reader.enter_children();
   while (good && !path.empty()) {

@@ -1,15 +1,18 @@
 // SPDX-FileCopyrightText: The qelmodb authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Destruction: which names are freed, and how a tree of any depth goes without recursion.
+// Destruction: which names are freed, and how a tree of any depth is destroyed without recursion.
 #include <algorithm>
 #include <cstdlib>
 #include <new>
+#include <utility>
 #include <vector>
 
 #include "bx_access.h"
 #include "bx_fetch.h"
+#include "bx_former_names.h"
 #include "bx_grid.h"
+#include "bx_own_classes.h"
 #include "bx_wire_name_index.h"
 #include "qelmotmplt.h"
 
@@ -61,50 +64,133 @@ void BX_INSTANCE::release_names(name_releaser& releaser) {
     free_private(name, nameborrowed);
     for (BX_WIRE& wire : wires) free_private(wire.name, wire.nameborrowed);
   }
-}
-
-// Deletes the subtree below this instance, leaves first. The way back up is kept in the tree itself: the
-// place of the child that is being visited holds the parent of its owner meanwhile. So neither stack nor
-// memory is needed, whatever the depth.
-void BX_INSTANCE::destroy_children(name_releaser& releaser) {
-  BX_INSTANCE* parent = nullptr;
-  BX_INSTANCE* current = this;
-  for (;;) {
-    const bx_long count = current->instances.getcount();
-    if (count == 0) {
-      if (current == this) return;
-      BX_INSTANCE* done = current;
-      current = parent;
-      parent = current->instances[current->instances.getcount() - 1];
-      current->instances.a_droplast();
-      delete done;
-      continue;
+  if (!std::exchange(has_former_names_, false)) return;
+  for (char* former : bx_take_former_names(*this)) {
+    if (BX_DB::MPAR_FLOW != 0) {
+      releaser.take(former, top);
+    } else {
+      std::free(former);
     }
-    BX_INSTANCE*& place = current->instances[count - 1];
-    BX_INSTANCE* child = place;
-    constexpr bx_long ahead = 4;
-    if (count > ahead) bx_fetch(current->instances[count - 1 - ahead]);
-    if (child != nullptr && BX_DB::MPAR_FLOW != 0) child->release_names(releaser);
-    if (child == nullptr || child->instances.getcount() == 0) {
-      current->instances.a_droplast();
-      delete child;
-      continue;
-    }
-    place = parent;
-    parent = current;
-    current = child;
   }
 }
 
-void BX_INSTANCE::destroy_subtree() {
-  name_releaser releaser;
-  release_names(releaser);
-  destroy_children(releaser);
-}
+// Destroys a subtree.
+//
+// Plain instances are destroyed by a walk that needs no stack. An instance of a derived class has a destructor of its
+// client's, which sees the instance with its name, wires and children. So the walk deletes it as it is, and
+// ~BX_INSTANCE gives the children to the walk then: trees of derived instances need no stack either. Only where there
+// is no memory to note these children they are destroyed at once, one level of stack deeper.
+class BX_INSTANCE::destroyer {
+ public:
+  destroyer() = default;
+  destroyer(const destroyer&) = delete;
+  destroyer& operator=(const destroyer&) = delete;
+
+  // What belongs to the root, but not the root.
+  void destroy_content(BX_INSTANCE& root) {
+    root.release_names(names_);
+    destroy_children(root);
+    while (!left_.empty()) {
+      BX_INSTANCE* const next = left_.back();
+      left_.pop_back();
+      destroy(next);
+    }
+  }
+
+  // The work that is just deleting this very instance; null when it is deleted by somebody else.
+  static destroyer* of(const BX_INSTANCE& inst) noexcept {
+    return at_work_ != nullptr && at_work_->in_hand_ == &inst ? at_work_ : nullptr;
+  }
+
+  // Does the same for the instance in hand, its children later where that can be.
+  void take_over(BX_INSTANCE& inst) {
+    inst.release_names(names_);
+    try {
+      left_.insert(left_.end(), inst.instances.begin(), inst.instances.end());
+      inst.instances.empty();
+    } catch (const std::bad_alloc&) {
+      destroy_children(inst);
+    }
+  }
+
+ private:
+  void destroy(BX_INSTANCE* inst) {
+    if (inst == nullptr) return;
+    if (bx_is_derived(*inst)) {
+      destroy_derived(inst);
+      return;
+    }
+    if (BX_DB::MPAR_FLOW != 0) inst->release_names(names_);
+    destroy_children(*inst);
+    delete inst;
+  }
+
+  // The client's destructor may destroy other trees meanwhile.
+  void destroy_derived(BX_INSTANCE* inst) {
+    destroyer* const outer = std::exchange(at_work_, this);
+    BX_INSTANCE* const outer_inst = std::exchange(in_hand_, inst);
+    delete inst;
+    in_hand_ = outer_inst;
+    at_work_ = outer;
+  }
+
+  // Deletes the subtree below an instance, leaves first. The way back up is kept in the tree itself: the place of the
+  // child that is being visited holds the parent of its owner meanwhile. So neither stack nor memory is needed,
+  // whatever the depth.
+  void destroy_children(BX_INSTANCE& root) {
+    BX_INSTANCE* parent = nullptr;
+    BX_INSTANCE* current = &root;
+    for (;;) {
+      const bx_long count = current->instances.getcount();
+      if (count == 0) {
+        if (current == &root) return;
+        BX_INSTANCE* done = current;
+        current = parent;
+        parent = current->instances[current->instances.getcount() - 1];
+        current->instances.a_droplast();
+        delete done;
+        continue;
+      }
+      BX_INSTANCE*& place = current->instances[count - 1];
+      BX_INSTANCE* child = place;
+      constexpr bx_long ahead = 4;
+      if (count > ahead) bx_fetch(current->instances[count - 1 - ahead]);
+      const bool is_plain = child != nullptr && !bx_is_derived(*child);
+      if (is_plain && child->instances.getcount() != 0) {
+        if (BX_DB::MPAR_FLOW != 0) child->release_names(names_);
+        place = parent;
+        parent = current;
+        current = child;
+        continue;
+      }
+      current->instances.a_droplast();
+      if (is_plain) {
+        if (BX_DB::MPAR_FLOW != 0) child->release_names(names_);
+        delete child;
+      } else if (child != nullptr) {
+        destroy_derived(child);
+      }
+    }
+  }
+
+  static inline thread_local destroyer* at_work_ = nullptr;
+
+  name_releaser names_;
+  std::vector<BX_INSTANCE*> left_;  // to be destroyed; some are null
+  BX_INSTANCE* in_hand_ = nullptr;  // being deleted
+};
+
+void BX_INSTANCE::destroy_subtree() { destroyer().destroy_content(*this); }
 
 BX_INSTANCE::~BX_INSTANCE() {
   // Most have nothing left to destroy: their children are gone, and their names are the database's.
-  if (top == nullptr || BX_DB::MPAR_FLOW != 0 || instances.getcount() != 0) destroy_subtree();
+  const bool has_content = top == nullptr || BX_DB::MPAR_FLOW != 0 || instances.getcount() != 0 || has_former_names_;
+  if (!has_content) return;
+  if (destroyer* by = destroyer::of(*this)) {
+    by->take_over(*this);
+  } else {
+    destroy_subtree();
+  }
 }
 
 // Everything that a load replaces. Strings stay valid as long as the database does.
@@ -140,6 +226,5 @@ BX_DB::~BX_DB() {
   // Whatever names are left belong to the table or to the strings kept: hide them from ~BX_INSTANCE.
   name = nullptr;
   wires.empty();
-  for (char* string : names) bx_free_name(string);
-  delete store_;
+  delete store_;  // frees the strings of the table, too
 }

@@ -133,6 +133,8 @@ std::string path_of(const BX_INSTANCE& root, const BX_INSTANCE& inst) {
   return missing ? std::string() : path.text();
 }
 
+void child_order_changed() noexcept { ++bx_left_edges_moved; }
+
 tree_size measure(const BX_INSTANCE& root) {
   tree_size size;
   size.box = static_cast<const UT_EXTREMA&>(root);

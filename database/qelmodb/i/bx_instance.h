@@ -57,10 +57,11 @@ class BX_API BX_INSTANCE : public BX_EXTREMA {
 
   /// Shallow: afterwards both instances share names, wires and children, and only one of them may
   /// be changed or destroyed. What this instance held before is not released.
-  BX_INSTANCE& operator=(const BX_INSTANCE& other) noexcept = default;
+  BX_INSTANCE& operator=(const BX_INSTANCE& other) noexcept;
 
-  /// Destroys the children, and frees the names while the instance stands alone. With
-  /// BX_DB::MPAR_FLOW set, see there. Needs no stack for deep trees.
+  /// Destroys the children, and frees the names while the instance stands alone. With BX_DB::MPAR_FLOW set, see there.
+  /// The destructor of a derived class runs before, and still finds name, wires and children, also where the instance
+  /// is destroyed with its parent. Needs no stack for deep trees.
   virtual ~BX_INSTANCE();
 
   // ---- storage, as for any other class: the library's operator new and delete, so that it can free what clients made
@@ -125,7 +126,11 @@ class BX_API BX_INSTANCE : public BX_EXTREMA {
   /// Throws std::bad_alloc; inst is then the caller's still, and nothing has changed but that names may have been
   /// added to the database's table.
   ///
-  /// Cost: O(log n), plus a move of the children behind it, plus the binding.
+  /// In a list of more than 256 children the column is found by halving, as long as the list is known to be in position
+  /// order. Hazard: after writing the xmin of a child, or a list of children, by hand call qelmodb::child_order_changed
+  /// (qelmoext.h) before adding to the parent.
+  ///
+  /// Cost: O(log n), plus a look for null children, plus a move of the children after it, plus the binding.
   void addinstance(BX_INSTANCE* inst);
 
   /// Breaks up child lists of more than 40 entries, in the whole subtree: consecutive children, about
@@ -204,7 +209,8 @@ class BX_API BX_INSTANCE : public BX_EXTREMA {
   unsigned char writeme(UT_PTRFILE* file) const;
 
   /// Fills this empty instance from a binary record. Names are borrowed from the file's fix-up table.
-  /// On failure what was read stays attached.
+  /// On failure what was read stays attached. This and the readers below leave the name that the instance had valid
+  /// until the instance is destroyed.
   unsigned char readme(UT_PTRFILE* file);
 
   /// Writes the text record.
@@ -245,27 +251,28 @@ class BX_API BX_INSTANCE : public BX_EXTREMA {
   friend struct bx_access;
 
   class name_releaser;
+  class destroyer;
   class binding;
   class regrouping;
 
   BX_INSTANCE* find_column(bx_long x, bool& met_null) noexcept;
   void attach(BX_INSTANCE* inst);
   void release_names(name_releaser& releaser);
-  void destroy_children(name_releaser& releaser);
   void destroy_subtree();
   void regroup_children(bx_long present);
   int wire_list_number();
   void refer_to_template();
   void compress_children();
   void note_child_order() noexcept;
-  void drop_own_name() noexcept;
+  void give_up_name();
 
   bool children_in_order() noexcept;
 
-  // Both lie in the padding behind tmplt. Whether the children are in position order, which a file or the widening
-  // of convert_hierarchy can upset; and the state of the process-wide count of left edges moved by the library at
-  // which that was found out.
+  // All lie in the padding behind tmplt. Whether the children are in position order, which a file or the widening of
+  // convert_hierarchy can upset; and the state of the process-wide count of moved left edges at which that was found
+  // out.
   bool in_order_;
+  bool has_former_names_ = false;  // they are kept apart, see bx_former_names.h
   bx_ulong in_order_at_;
 };
 

@@ -192,6 +192,13 @@ class BX_API name_batch {
   BX_DB& db_;
 };
 
+/// To be called by a client that has written the left edge (xmin) of an instance which has a parent, or has put
+/// children into a list of instances by hand, before it adds further instances to the parent. BX_INSTANCE::addinstance
+/// remembers that a long list of children is in position order, so that it need not look at each child; what the
+/// library's own operations change, it knows of. Children that were taken out, which leaves null, are no reason to call
+/// this. O(1); the next addinstance to each long list looks through that list once.
+BX_API void child_order_changed() noexcept;
+
 // ---- searching and measuring whole trees
 
 /// An instance and the names that lead to it.
