@@ -59,8 +59,6 @@ unsigned char BX_DB::readcompress(UT_PTRFILE* file) {
   release_templates();
   BX_WIRE::resetCurrentXY();
   basicasstemplate = new BASIC_ASS_TEMPLATE;
-  // Cutting names changes strings that may be this database's. Nothing is looked up meanwhile.
-  store_->invalidate();
   if (basicasstemplate->readme_sm(file) == 0 || !read_layouts(*file, asstemplates)) return 0;
   return BX_INSTANCE::readcompress(file);
 }

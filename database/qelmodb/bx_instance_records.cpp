@@ -14,8 +14,6 @@ unsigned char BX_INSTANCE::writeme(UT_PTRFILE* file) const {
 unsigned char BX_INSTANCE::readme(UT_PTRFILE* file) {
   give_up_name();
   bx_binary_reader reader(*file);
-  // Cutting names changes strings that may be this database's. Nothing is looked up meanwhile.
-  if (top != nullptr) bx_access::names(*top).invalidate();
   return bx_read_tree(reader, *this, true) ? 1 : 0;
 }
 

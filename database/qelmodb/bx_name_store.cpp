@@ -12,6 +12,8 @@
 #include "bx_wire_name_index.h"
 #include "ut_hash.h"
 
+std::atomic<bx_ulong> bx_shared_names_cut{0};
+
 namespace {
 
 bool before(const char* a, const char* b) noexcept { return bx_compare_names(a, b) < 0; }
@@ -81,10 +83,12 @@ bool bx_name_store::enter(char* text) {
   return true;
 }
 
-// Brings the index up to date with a table that was changed from outside.
+// Brings the index up to date with a table that was changed from outside, or texts that were.
 void bx_name_store::refresh() {
   const bx_long count = table_.getcount();
-  if (indexed_ == count) return;
+  const bx_ulong cuts = bx_shared_names_cut.load(std::memory_order_relaxed);
+  if (indexed_ == count && cuts_seen_ == cuts) return;
+  cuts_seen_ = cuts;
   owned_valid_ = false;
   indexed_ = -1;  // until all is done
   slots_.clear();

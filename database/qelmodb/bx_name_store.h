@@ -6,6 +6,7 @@
 // were loaded.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string_view>
@@ -17,6 +18,11 @@
 
 class bx_compression_aids;
 class bx_load_storage;
+
+/// How often a record that was read has cut a string at its "$" which it shares with others. Whose string it is the
+/// reader cannot tell: clients fill fix-up tables with strings of any database. So each database compares this with
+/// what it saw last.
+extern std::atomic<bx_ulong> bx_shared_names_cut;
 
 /// Storage of lists that a load brings.
 struct bx_loaded_lists {
@@ -36,7 +42,7 @@ class bx_name_store {
   /// The table's string of this text, added when there is none. O(1) on average for a known text.
   char* intern(std::string_view text);
 
-  /// Texts of the table changed in place, or the table did.
+  /// The table is another one.
   void invalidate() noexcept {
     indexed_ = -1;
     owned_valid_ = false;
@@ -91,7 +97,8 @@ class bx_name_store {
   std::uint64_t seed_;
   std::vector<slot> slots_;
   std::size_t used_ = 0;
-  bx_long indexed_ = -1;   // entries of the table that the index covers; -1: build it anew
+  bx_long indexed_ = -1;  // entries of the table that the index covers; -1: build it anew
+  bx_ulong cuts_seen_ = 0;
   bool ascending_ = true;  // the indexed part of the table is sorted
   bx_long batch_start_ = -1;
   int batches_ = 0;          // open ones, nested

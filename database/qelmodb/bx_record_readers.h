@@ -188,7 +188,12 @@ class bx_reference_reader {
     UT_PTRFIXTABLE::entry* known = reference(object.name);
     object.nameborrowed = true;
     // Most names have no "$" and are read again and again: they are searched for one once.
-    if (cut_ && known != nullptr && !known->settled) known->settled = !bx_cut_name(known->now, separator_);
+    if (!cut_ || known == nullptr || known->settled) return true;
+    if (bx_cut_name(known->now, separator_)) {
+      bx_shared_names_cut.fetch_add(1, std::memory_order_relaxed);
+    } else {
+      known->settled = true;
+    }
     return true;
   }
   bool pair(const char* /*a*/, bx_long& first, const char* /*b*/, bx_long& second) {

@@ -330,6 +330,78 @@ TEST(Instance, ChildrenAreDestroyedThroughTheirVirtualDestructor) {
   EXPECT_EQ(destroyed, 3);
 }
 
+/// Says what its destructor finds of it.
+class last_look : public BX_INSTANCE {
+ public:
+  last_look(const char* text, std::vector<std::string>& seen) : BX_INSTANCE(text, 0, 0, 1, 1), seen_(seen) {}
+  last_look(const last_look&) = delete;
+  last_look& operator=(const last_look&) = delete;
+  ~last_look() override {
+    std::string all = name != nullptr ? name : "nameless";
+    for (const BX_WIRE& wire : wires) all += std::string(" ") + (wire.name != nullptr ? wire.name : "nameless");
+    for (const BX_INSTANCE* child : instances) {
+      all += std::string(" [") + (child != nullptr && child->name != nullptr ? child->name : "none") + "]";
+    }
+    seen_.push_back(all);
+    // A tree of the client's own, which has its own end.
+    BX_INSTANCE other("OTHER", 0, 0, 1, 1);
+    add(other, "CHILD", 0, 0, 1, 1);
+  }
+
+ private:
+  std::vector<std::string>& seen_;
+};
+
+/// Derived and plain instances by turns, below a root.
+void fill_with_derived(BX_INSTANCE& root, std::vector<std::string>& seen) {
+  auto* outer = new last_look("OUTER", seen);
+  add_wire(*outer, "W");
+  BX_INSTANCE* plain = test::make("PLAIN", 0, 0, 1, 1);
+  auto* inner = new last_look("INNER", seen);
+  add_wire(*inner, "V");
+  add(*inner, "LEAF", 0, 0, 1, 1);
+  plain->addinstance(inner);
+  outer->addinstance(plain);
+  outer->addinstance(new last_look("SECOND", seen));
+  root.addinstance(outer);
+}
+
+TEST(Instance, DestructorsOfDerivedInstancesFindTheirNamesWiresAndChildren) {
+  const names expected{"OUTER W [SECOND] [PLAIN]", "INNER V [LEAF]", "SECOND"};
+  for (const bx_long by_flags : {0, 1}) {
+    const test::flow set(by_flags);
+    for (const bool in_database : {false, true}) {
+      names seen;
+      {
+        std::unique_ptr<BX_INSTANCE> root(in_database ? new BX_DB("D", 0, 0, 1, 1) : test::make("R", 0, 0, 1, 1));
+        fill_with_derived(*root, seen);
+      }
+      ASSERT_EQ(seen.size(), 3U);
+      EXPECT_EQ(seen[0], expected[0]) << "parents come first";
+      std::sort(seen.begin(), seen.end());
+      names sorted = expected;
+      std::sort(sorted.begin(), sorted.end());
+      EXPECT_EQ(seen, sorted) << by_flags << in_database;
+    }
+  }
+}
+
+TEST(Instance, NestingOfDerivedInstancesNeedsNoStack) {
+  int destroyed = 0;
+  {
+    BX_INSTANCE root("R", 0, 0, 1, 1);
+    BX_INSTANCE* last = &root;
+    for (int i = 0; i < 200000; ++i) {
+      BX_INSTANCE* next = new counted_instance("N", destroyed);
+      // Some brothers, too, so that not every list has one child only.
+      if (i % 1000 == 0) last->addinstance(new counted_instance("B", destroyed));
+      last->addinstance(next);
+      last = next;
+    }
+  }
+  EXPECT_EQ(destroyed, 200200);
+}
+
 TEST(Instance, StandaloneDestroyedFreesItsNamesAndOneInADatabaseDoesNot) {
   {  // The leak checker looks at this one.
     BX_INSTANCE alone("ALONE", 0, 0, 1, 1);

@@ -365,6 +365,31 @@ TEST(TreeMemory, DestructionNeedsNone) {
   EXPECT_EQ(trials.failures(), 0);
 }
 
+struct derived_instance : BX_INSTANCE {
+  using BX_INSTANCE::BX_INSTANCE;
+};
+
+// What derived instances leave behind is noted, and destroyed at once where that fails.
+TEST(TreeMemory, DestructionOfDerivedInstancesWorksWithoutAny) {
+  memory_trials trials(1);
+  while (trials.next()) {
+    std::unique_ptr<BX_INSTANCE> root(test::make("R", 0, 0, 9, 9));
+    BX_INSTANCE* last = root.get();
+    for (int i = 0; i < 5; ++i) {
+      auto* next = new derived_instance("N", 0, 0, 9, 9);
+      last->addinstance(next);
+      add(*next, "PLAIN", 0, 0, 1, 1);
+      last = next;
+    }
+    EXPECT_EQ(trials.run([&] {
+      root.reset();
+      return true;
+    }),
+              memory_end::gave_true);
+  }
+  note(trials);
+}
+
 // Names that are freed by their flags are gathered first. All of these are the table's.
 TEST(TreeMemory, DestructionWithNamesByTheirFlagsWorksWithoutAny) {
   const test::flow by_flags(1);

@@ -245,4 +245,52 @@ TEST(InstanceRecords, OfAHundredThousandLevelsNeedNoStack) {
   EXPECT_EQ(written.bytes().size(), 100001U * 32);
 }
 
+/// A standalone instance reads four records, one after the other, of which each gives it another name.
+void read_four_records(BX_INSTANCE& inst, std::vector<const char*>& held) {
+  static char borrowed[] = "BINARY";
+  UT_MEMFILE text("BX_INSTANCE: \"TEXT\" (0, 0) (1, 1)\n0\n0\n");
+  UT_MEMFILE grid_text("BX_INSTANCE: \"GRID TEXT\" (0, 0) (1, 1)\n0\n");
+  UT_MEMFILE grid(test::grid_bytes("GRID", {0, 0, 1, 1}));
+  UT_MEMFILE binary(test::instance_bytes(5, {0, 0, 1, 1}));
+  binary.fixtable().setnewaddr(5, borrowed);
+  const auto held_then = [&](unsigned char good) {
+    EXPECT_EQ(good, 1);
+    held.push_back(inst.getname());
+  };
+  held.push_back(inst.getname());
+  held_then(inst.readme(static_cast<UT_STREAM*>(&text)));
+  held_then(inst.readgrid(static_cast<UT_STREAM*>(&grid_text)));
+  held_then(inst.readgrid(&grid));
+  held_then(inst.readme(&binary));
+}
+
+TEST(InstanceRecord, FormerNamesOfAStandaloneInstanceStayValidAsLongAsIt) {
+  const std::vector<std::string> expected{"FIRST", "TEXT", "GRID TEXT", "GRID", "BINARY"};
+  std::vector<const char*> held;
+  {
+    BX_INSTANCE alone("FIRST", 0, 0, 1, 1);
+    read_four_records(alone, held);
+    EXPECT_EQ(std::vector<std::string>(held.begin(), held.end()), expected);
+  }
+  // In a database, too, which the instance joins and leaves with its parent.
+  BX_DB db("D", 0, 0, 1, 1);
+  held.clear();
+  auto* joining = new BX_INSTANCE("FIRST", 0, 0, 1, 1);
+  read_four_records(*joining, held);
+  db.addinstance(joining);
+  EXPECT_EQ(std::vector<std::string>(held.begin(), held.end()), expected);
+}
+
+TEST(InstanceRecord, AssignmentLeavesFormerNamesWhereTheyAre) {
+  std::vector<const char*> held;
+  auto alone = std::make_unique<BX_INSTANCE>("FIRST", 0, 0, 1, 1);
+  read_four_records(*alone, held);
+  alignas(BX_INSTANCE) unsigned char room[sizeof(BX_INSTANCE)];
+  auto* other = new (room) BX_INSTANCE(nullptr, 0, 0, 1, 1);  // never destroyed: it shares all with the first
+  *other = *alone;
+  EXPECT_STREQ(other->getname(), "BINARY");
+  EXPECT_STREQ(held[0], "FIRST");
+  alone.reset();
+}
+
 }  // namespace

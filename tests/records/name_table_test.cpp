@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <random>
 
 #include "record_bytes.h"
 
@@ -102,6 +103,88 @@ TEST(NameTable, InterningIsRightWhenARecordReadLaterCutsNamesOfTheTable) {
   EXPECT_NE(uncut, whole);
   EXPECT_STREQ(uncut, "P$Q");
   EXPECT_EQ(db.names.getcount(), 3);
+}
+
+/// A record of its own whose names are strings of a database, and which cuts them.
+struct record_alone {
+  const char* what;
+  std::string bytes;
+  void (*read)(UT_PTRFILE& file);
+};
+
+const record_alone records_alone[] = {
+    {"wire", wire_bytes(7, 1, 2),
+     [](UT_PTRFILE& file) {
+       BX_WIRE wire;
+       EXPECT_EQ(wire.readme(&file, '\0'), 1);
+     }},
+    {"delta-coded wire", test::reference(7) + '\0',
+     [](UT_PTRFILE& file) {
+       BX_WIRE wire;
+       EXPECT_EQ(wire.readmeCompressed(&file, '\0'), 1);
+     }},
+    {"layout", test::reference(0) + test::little_endian(1, 2) + test::reference(7) + '\0',
+     [](UT_PTRFILE& file) {
+       ASS_TEMPLATE layout;
+       EXPECT_EQ(layout.readme(&file), 1);
+     }},
+    {"standalone instance", instance_bytes(0, {0, 0, 9, 9}, {wire_bytes(7, 1, 2)}), [](UT_PTRFILE& file) {
+       BX_INSTANCE alone("ALONE", 0, 0, 1, 1);
+       EXPECT_EQ(alone.readme(&file), 1);
+     }}};
+
+TEST(NameTable, InterningIsRightWhenARecordOfItsOwnCutsNamesOfTheTable) {
+  for (const record_alone& record : records_alone) {
+    opened_db db;
+    char* const whole = db.getcachedname("P$Q");
+    db.getcachedname("O");
+    UT_MEMFILE file{std::string(record.bytes)};
+    file.fixtable().setnewaddr(7, whole);
+    record.read(file);
+    EXPECT_STREQ(whole, "P") << record.what;
+    EXPECT_EQ(db.getcachedname("P"), whole) << record.what;
+    EXPECT_EQ(db.names.getcount(), 2) << record.what;
+    EXPECT_NE(db.getcachedname("P$Q"), whole) << record.what;
+    EXPECT_EQ(db.names.getcount(), 3) << record.what;
+  }
+}
+
+/// Where a string goes that is new to a table: as sorted insertion puts it, also where the table is not sorted.
+void insert_plainly(std::vector<std::string>& table, const std::string& text) {
+  if (std::find(table.begin(), table.end(), text) != table.end()) return;
+  std::size_t low = 0;
+  std::size_t high = table.size();
+  while (low < high) {
+    const std::size_t mid = low + (high - low) / 2;
+    if (text < table[mid]) {
+      high = mid;
+    } else {
+      low = mid + 1;
+    }
+  }
+  table.insert(table.begin() + static_cast<std::ptrdiff_t>(low), text);
+}
+
+void insert_plainly(std::vector<std::string>& table, const BX_INSTANCE& inst) {
+  insert_plainly(table, inst.name);
+  for (const BX_WIRE& wire : inst.wires) insert_plainly(table, wire.name);
+  for (const BX_INSTANCE* child : inst.instances) insert_plainly(table, *child);
+}
+
+TEST(NameTable, NamesOfAJoiningTreeAreAddedInTheOrderOfTheTree) {
+  std::mt19937 random(11);
+  for (int round = 0; round < 50; ++round) {
+    std::vector<std::pair<std::uint64_t, std::string>> entries{{1, "R"}};
+    for (std::uint64_t i = 2; i < 9; ++i) entries.emplace_back(i, std::string(1, "AMZamz$"[random() % 7]));
+    BX_DB db;
+    ASSERT_TRUE(test::loaded(db, binary_line + table_bytes(entries) + instance_bytes(1, {0, 0, 9, 9})));
+    std::vector<std::string> expected = names_of(db);
+    auto* joining = new BX_INSTANCE("JOINING", 0, 0, 1, 1);
+    test::grow_random_tree(*joining, random, 20);
+    insert_plainly(expected, *joining);
+    db.addinstance(joining);
+    ASSERT_EQ(names_of(db), expected);
+  }
 }
 
 TEST(NameTable, CuttingASharedNameCutsItForInstancesToo) {

@@ -1,11 +1,12 @@
 // SPDX-FileCopyrightText: The qelmodb authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The block database of a programmable-logic device: wires, instances, the database root.
+// The block database of a programmable-logic device: wires, instances, the database root, the grid, instance templates.
 // A client includes this header; qelmotmplt.h adds the switch-matrix templates, qelmoext.h the checker
 // and the functions around the classes.
 #pragma once
 
+#include "bx_ass_template.h"
 #include "bx_db.h"
 #include "bx_grid.h"
 #include "bx_instance.h"
