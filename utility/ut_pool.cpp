@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstdint>
 #include <new>
+#include <utility>
 
 #include "ut_osmemory.h"
 #include "ut_sanitizer.h"
@@ -17,6 +18,7 @@ struct UT_POOL::piece {
   // Places that are not given back, those not taken among them while places are still taken from the piece.
   std::atomic<std::ptrdiff_t> held;
   std::size_t object_size;
+  std::shared_ptr<void> needed;
 };
 
 namespace {
@@ -78,28 +80,27 @@ bool UT_POOL::open_piece() noexcept {
   }
   if (is_large_) ut_use_huge_pages(start, piece_size);
   is_large_ = true;
-  piece_ = ::new (start) piece{static_cast<std::ptrdiff_t>(places_of_piece()), object_size_};
+  static_assert(sizeof(piece) <= head_size);
+  piece_ = ::new (start) piece{static_cast<std::ptrdiff_t>(places_of_piece()), object_size_, needed_};
   taken_ = 0;
   ut_forbid(static_cast<char*>(start) + head_size, piece_size - head_size);
   pieces.add(address);
   return true;
 }
 
-namespace {
-
-void release_piece(void* start) noexcept {
-  pieces.remove(reinterpret_cast<std::uintptr_t>(start));
-  ut_release_memory(start, piece_size);
+void UT_POOL::release(piece* of) noexcept {
+  const std::shared_ptr<void> needed = std::move(of->needed);
+  of->~piece();
+  pieces.remove(reinterpret_cast<std::uintptr_t>(of));
+  ut_release_memory(of, piece_size);
 }
-
-}  // namespace
 
 void UT_POOL::close_piece() noexcept {
   if (piece_ == nullptr) return;
   const auto unused = static_cast<std::ptrdiff_t>(places_of_piece() - taken_);
   char* unused_places = place(taken_);
   ut_drop_unused(unused_places, static_cast<std::size_t>(reinterpret_cast<char*>(piece_) + piece_size - unused_places));
-  if (piece_->held.fetch_sub(unused, std::memory_order_acq_rel) == unused) release_piece(piece_);
+  if (piece_->held.fetch_sub(unused, std::memory_order_acq_rel) == unused) release(piece_);
   piece_ = nullptr;
 }
 
@@ -109,5 +110,5 @@ void UT_POOL::give_back(void* object) noexcept {
   char* start = static_cast<char*>(object) - reinterpret_cast<std::uintptr_t>(object) % piece_size;
   auto* of = reinterpret_cast<piece*>(start);
   ut_forbid(object, of->object_size);
-  if (of->held.fetch_sub(1, std::memory_order_acq_rel) == 1) release_piece(of);
+  if (of->held.fetch_sub(1, std::memory_order_acq_rel) == 1) release(of);
 }

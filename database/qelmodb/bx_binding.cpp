@@ -32,7 +32,8 @@ class BX_INSTANCE::binding {
   void prepare() {
     std::size_t names = 0;
     for (BX_INSTANCE* inst : instances_) {
-      // Storage that a load made for many lists stays with the database that was loaded.
+      // Storage that a load made for many lists is freed with all its instances. One that goes its own way should not
+      // hold back that of all others.
       inst->wires.a_own();
       inst->instances.a_own();
       names += 1 + static_cast<std::size_t>(inst->wires.getcount());

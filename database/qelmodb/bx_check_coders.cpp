@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+#include "bx_path_tracker.h"
+
 using qelmodb::severity;
 
 namespace {
@@ -74,22 +76,10 @@ void bx_check_context::add(severity level, std::size_t offset, std::string messa
   report.faults.push_back({level, static_cast<std::int64_t>(offset), line_at(offset), path(), std::move(message)});
 }
 
-// The file holds each name once, but a path may hold it at every level: of a long one the root and the end are kept.
 std::string bx_check_context::path() const {
-  constexpr std::size_t longest = 400;
   const std::size_t count = names.size() + (wire.empty() ? 0 : 1);
-  const auto name = [this](std::size_t i) { return i < names.size() ? names[i] : wire; };
-  std::size_t first = count;
-  for (std::size_t length = 0; first > 0 && length + name(first - 1).size() < longest; --first) {
-    length += name(first - 1).size() + 1;
-  }
-  std::string path;
-  if (first > 0) path.append(name(0)).append(first > 1 ? "/..." : "");
-  for (std::size_t i = first; i < count; ++i) {
-    if (!path.empty()) path += '/';
-    path += name(i);
-  }
-  return path;
+  return bx_joined_path(
+      count, [this](std::size_t i) { return i < names.size() ? names[i] : wire; }, bx_longest_path);
 }
 
 bool bx_check_context::report_progress() {
@@ -167,7 +157,7 @@ bool bx_text_checker::begin(const bx_record_kind& kind) {
 
 bool bx_text_checker::name(bx_check_record& record) {
   const std::string_view rest = context_.rest();
-  const std::string_view room = rest.substr(0, bx_key_limit);
+  const std::string_view room = rest.substr(0, bx_key_size);
   const std::size_t quote = room.find('"');
   const std::size_t line_end = room.find('\n');
   // A name may go on in the next line; but then a point follows it there, and not the name of another record.
@@ -175,7 +165,7 @@ bool bx_text_checker::name(bx_check_record& record) {
     return context_.fail(context_.at(), "the name has no closing quote in its line");
   }
   if (quote == std::string_view::npos) {
-    return context_.fail(context_.at(), rest.size() < static_cast<std::size_t>(bx_key_limit)
+    return context_.fail(context_.at(), rest.size() < static_cast<std::size_t>(bx_key_size)
                                             ? "the name has no closing quote"
                                             : neoform("the name is longer than %d characters", BX_FILE_NAME_LIMIT));
   }
@@ -198,7 +188,7 @@ bool bx_text_checker::expect(char c, const char* where) {
 
 bool bx_text_checker::number(const char* label, char delimiter, bx_long& value) {
   // The reader takes 99 characters, blanks before the digits included.
-  const std::string_view key = context_.rest().substr(0, bx_key_limit);
+  const std::string_view key = context_.rest().substr(0, bx_key_size);
   const std::size_t end = key.find(delimiter);
   const std::size_t start = std::min(key.find_first_not_of(' '), key.size());
   const std::size_t place = context_.at() + start;
@@ -234,7 +224,7 @@ bool bx_text_checker::count(const char* label, bx_long& value) {
   bool in_range = true;
   const std::size_t length = std::min(line_end, rest.size());
   // The reader looks at the first 99 characters only.
-  const bool is_number = length < static_cast<std::size_t>(bx_key_limit) && parse(line, value, in_range);
+  const bool is_number = length < static_cast<std::size_t>(bx_key_size) && parse(line, value, in_range);
   // A count of 0 may be the end of the file, and readers take that without a line end.
   const bool may_be_last = is_number && in_range && value == 0;
   if (line_end == std::string_view::npos && !rest.empty() && !may_be_last) {
@@ -304,7 +294,7 @@ bool bx_binary_checker::name_table() {
     if (bytes == nullptr) return false;
     const std::uint64_t address = bx_decode(bytes, 8);
     std::string_view text;
-    if (!string("name", bx_key_limit, text)) return false;
+    if (!string("name", bx_key_size, text)) return false;
     context_.keeps_name(text);
     const auto [known, added] = table_.emplace(address, text);
     if (!added && known->second != text) {

@@ -154,7 +154,7 @@ class bx_binary_grid_checker : public bx_binary_checker_base {
   explicit bx_binary_grid_checker(bx_check_context& context) : bx_binary_checker_base(context) {}
 
   bool name(bx_check_record& record) {
-    if (!string("name", bx_grid_name_limit, record.name)) return false;
+    if (!string("name", bx_grid_name_size, record.name)) return false;
     context_.keeps_name(record.name);
     return true;
   }

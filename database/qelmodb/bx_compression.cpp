@@ -50,6 +50,8 @@ void BX_INSTANCE::compress() {
 }
 
 void BX_DB::compress() {
+  // A root that text loadgrid has filled belongs to no database.
+  if (top == nullptr) return;
   // Until all refer to their templates there is nothing to be written, whatever ends this.
   struct undone {
     BX_DB& db;

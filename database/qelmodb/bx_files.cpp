@@ -53,8 +53,8 @@ bool read_names(BX_DB& db, UT_PTRFILE& file) {
     bytes = source.take(8);
     if (bytes == nullptr) return false;
     const std::uint64_t address = bx_decode(bytes, 8);
-    char text[bx_key_limit];
-    if (file.readstring(text, bx_key_limit) < 0) return false;
+    char text[bx_key_size];
+    if (file.readstring(text, bx_key_size) < 0) return false;
     std::unique_ptr<char, decltype(&std::free)> name(ut_strdup(text), &std::free);
     char* string = name.get();
     db.names.a_add(&string);
@@ -108,8 +108,8 @@ bool read_records(BX_DB& db, UT_PTRFILE& file, char letter) {
 }  // namespace
 
 bool bx_read_first_line(UT_STREAM& file, char& letter) {
-  char line[bx_key_limit];
-  file.readline(line, bx_key_limit);
+  char line[bx_key_size];
+  file.readline(line, bx_key_size);
   constexpr std::size_t length = sizeof bx_magic - 1;
   if (std::strncmp(line, bx_magic, length) != 0) return false;
   letter = line[length];

@@ -8,7 +8,7 @@
 #include "bx_records.h"
 
 /// More bytes than a wire's line has that bx_line_parser takes: label, quoted name, two numbers, line end.
-inline constexpr std::size_t bx_longest_wire_line = bx_key_limit + 60;
+inline constexpr std::size_t bx_longest_wire_line = bx_key_size + 60;
 
 /// Takes a line apart that is just as writers make it. The bytes behind its end must be readable as far as
 /// bx_longest_wire_line; each take that gives false leaves the place unchanged.

@@ -12,8 +12,8 @@
 /// While it lives, what is read into the database shares storage.
 class bx_load_storage {
  public:
-  explicit bx_load_storage(BX_DB& db) : store_(bx_access::names(db)), instances_(sizeof(BX_INSTANCE)) {
-    if (store_.loaded_lists == nullptr) store_.loaded_lists = std::make_unique<bx_loaded_lists>();
+  explicit bx_load_storage(BX_DB& db)
+      : db_(db), store_(bx_access::names(db)), instances_(sizeof(BX_INSTANCE), lists_of(store_)) {
     store_.loading = this;
   }
   bx_load_storage(const bx_load_storage&) = delete;
@@ -27,12 +27,25 @@ class bx_load_storage {
   /// That of the load of this database, null when there is none under way.
   static bx_load_storage* of(BX_DB* db) noexcept { return db != nullptr ? bx_access::names(*db).loading : nullptr; }
 
+  /// That which may store the lists of an instance, null when there is none. An instance that found no place in the
+  /// pool may outlive the storage of lists. The root does not: it is the database.
+  static bx_load_storage* serving(const BX_INSTANCE& inst) noexcept {
+    bx_load_storage* const storage = of(inst.top);
+    return storage != nullptr && (&inst == &storage->db_ || UT_POOL::holds(&inst)) ? storage : nullptr;
+  }
+
   /// Apart from each other: whoever walks the tree does not come past its wires.
   UT_SLABS& wires() noexcept { return store_.loaded_lists->wires; }
   UT_SLABS& children() noexcept { return store_.loaded_lists->children; }
   UT_POOL& instances() noexcept { return instances_; }
 
  private:
+  static std::shared_ptr<bx_loaded_lists> lists_of(bx_name_store& store) {
+    if (store.loaded_lists == nullptr) store.loaded_lists = std::make_shared<bx_loaded_lists>();
+    return store.loaded_lists;
+  }
+
+  BX_DB& db_;
   bx_name_store& store_;
   UT_POOL instances_;
 };
@@ -62,11 +75,11 @@ void bx_reserve(UT_DARRAY<T>& list, UT_SLABS* storage, bx_long count, bx_long al
 }
 
 inline void bx_reserve_wires(BX_INSTANCE& inst, bx_long count, bx_long all) {
-  bx_load_storage* storage = bx_load_storage::of(inst.top);
+  bx_load_storage* storage = bx_load_storage::serving(inst);
   bx_reserve(inst.wires, storage != nullptr ? &storage->wires() : nullptr, count, all);
 }
 
 inline void bx_reserve_children(BX_INSTANCE& inst, bx_long count, bx_long all) {
-  bx_load_storage* storage = bx_load_storage::of(inst.top);
+  bx_load_storage* storage = bx_load_storage::serving(inst);
   bx_reserve(inst.instances, storage != nullptr ? &storage->children() : nullptr, count, all);
 }

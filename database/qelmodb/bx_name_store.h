@@ -69,8 +69,9 @@ class bx_name_store {
   /// While a load is under way, where its instances and lists are stored; null otherwise.
   bx_load_storage* loading = nullptr;
 
-  /// The storage of lists of wires and children that were loaded. The next load replaces it.
-  std::unique_ptr<bx_loaded_lists> loaded_lists;
+  /// The storage of lists of wires and children that were loaded, shared with the storage of the instances of that
+  /// load: one that a client took out of the tree may outlive the database. The next load replaces it.
+  std::shared_ptr<bx_loaded_lists> loaded_lists;
 
   /// Borrowed; null unless the database is being compressed.
   bx_compression_aids* aids = nullptr;

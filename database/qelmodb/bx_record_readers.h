@@ -63,7 +63,7 @@ class bx_text_reader {
 
   bool begin(const bx_record_kind& kind) {
     cut_ = kind.cut_names;
-    file_.readkey(key_, bx_key_limit, '"');
+    file_.readkey(key_, bx_key_size, '"');
     return true;
   }
   template <class Object>
@@ -83,9 +83,9 @@ class bx_text_reader {
     second = ut_atoi(key_[0] == ' ' ? key_ + 1 : key_);
     return true;
   }
-  bool end() { return file_.readline(key_, bx_key_limit) == 1; }
+  bool end() { return file_.readline(key_, bx_key_size) == 1; }
   bool count(const char* /*label*/, bx_long& number) {
-    file_.readline(key_, bx_key_limit);
+    file_.readline(key_, bx_key_size);
     number = ut_atoi(key_);
     return true;
   }
@@ -139,13 +139,13 @@ class bx_text_reader {
   }
 
   void read_key(char delimiter) {
-    const bx_long consumed = file_.readkey(key_, bx_key_limit, delimiter);
-    if (consumed <= 0 || consumed > bx_key_limit) ut_fast_fail();
+    const bx_long consumed = file_.readkey(key_, bx_key_size, delimiter);
+    if (consumed <= 0 || consumed > bx_key_size) ut_fast_fail();
     key_[consumed - 1] = '\0';
   }
 
-  /// The text has at most bx_key_limit - 1 characters.
-  void set_key(std::string_view text) { key_[text.copy(key_, bx_key_limit - 1)] = '\0'; }
+  /// The text has at most bx_key_size - 1 characters.
+  void set_key(std::string_view text) { key_[text.copy(key_, bx_key_size - 1)] = '\0'; }
 
   char* stored_name() {
     if (intern_in_ != nullptr) return bx_access::names(*intern_in_).intern(key_);
@@ -159,7 +159,7 @@ class bx_text_reader {
   BX_DB* keep_in_;
   char separator_;
   bool cut_ = false;
-  char key_[bx_key_limit] = {};
+  char key_[bx_key_size] = {};
   std::unique_ptr<bx_text_names> wire_names_;  // null unless names are interned
 };
 
@@ -323,8 +323,8 @@ class bx_binary_grid_reader {
   bool begin(const bx_record_kind& /*kind*/) { return true; }
   template <class Object>
   bool name(Object& object) {
-    char text[bx_grid_name_limit];
-    if (file_.readstring(text, bx_grid_name_limit) < 0) return false;
+    char text[bx_grid_name_size];
+    if (file_.readstring(text, bx_grid_name_size) < 0) return false;
     std::unique_ptr<char, decltype(&std::free)> copy(ut_strdup(text), &std::free);
     if (keep_in_ != nullptr) bx_access::names(*keep_in_).keep(copy.get());
     object.name = copy.release();

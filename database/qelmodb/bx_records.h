@@ -11,6 +11,7 @@
 
 #include <cstdint>
 
+#include "bx_instance.h"
 #include "ut_types.h"
 
 /// The kinds of records that have a name.
@@ -44,10 +45,10 @@ inline constexpr char bx_binary_letter = 'B';
 inline constexpr char bx_compressed_letter = 'C';
 
 /// The size of the buffer for text keys and lines, and of names in a name table, NUL included.
-inline constexpr bx_long bx_key_limit = 100;
+inline constexpr bx_long bx_key_size = BX_FILE_NAME_LIMIT + 1;
 
 /// The size of the buffer for names in binary grid records, NUL included.
-inline constexpr bx_long bx_grid_name_limit = 255;
+inline constexpr bx_long bx_grid_name_size = BX_GRID_NAME_LIMIT + 1;
 
 /// The bytes that a record takes at least, in one of the forms.
 struct bx_form_sizes {

@@ -7,23 +7,23 @@
 
 #include "bx_records.h"
 
-static_assert(bx_key_limit >= 16, "the first bytes of a name are looked at together");
+static_assert(bx_key_size >= 16, "the first bytes of a name are looked at together");
 
 // The first entry is no name: it follows the last one while nothing is known to.
 bx_text_names::bx_text_names(std::function<char*(std::string_view)> store)
     : store_(std::move(store)), entries_(1), last_(&entries_[0]) {
   entry& none = entries_[0];
-  none.text.assign(bx_key_limit, '\0');
+  none.text.assign(bx_key_size, '\0');
   none.next = &none;
 }
 
 bool bx_text_names::is_longer_name(const entry& name, const char* bytes) noexcept {
-  return name.text.size() < bx_key_limit && std::memcmp(bytes, name.text.data(), name.text.size()) == 0 &&
+  return name.text.size() < bx_key_size && std::memcmp(bytes, name.text.data(), name.text.size()) == 0 &&
          bytes[name.text.size()] == '"';
 }
 
 const bx_text_names::entry* bx_text_names::search(const char* bytes) {
-  const std::string_view all(bytes, bx_key_limit);
+  const std::string_view all(bytes, bx_key_size);
   const std::size_t quote = all.find('"');
   if (quote == std::string_view::npos) return nullptr;
   const std::string_view text = all.substr(0, quote);

@@ -28,7 +28,7 @@ class bx_text_names {
   };
 
   /// The entry of the name at the beginning of these bytes, up to a quote. Null when there is no quote among the first
-  /// bx_key_limit bytes; so many must be readable.
+  /// bx_key_size bytes; so many must be readable.
   const entry* find(const char* bytes) {
     entry* usual = last_->next;
     if (!stands_at(*usual, bytes)) return search(bytes);

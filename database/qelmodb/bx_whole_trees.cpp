@@ -130,7 +130,7 @@ std::string path_of(const BX_INSTANCE& root, const BX_INSTANCE& inst) {
     path.enter(here, depth);
     return &here != &inst;
   });
-  return missing ? std::string() : path.text();
+  return missing ? std::string() : path.whole_text();
 }
 
 void child_order_changed() noexcept { ++bx_left_edges_moved; }

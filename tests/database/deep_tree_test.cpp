@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "exposed.h"
+#include "qelmoext.h"
 
 namespace {
 
@@ -70,6 +71,35 @@ TEST(DeepTree, IsDestroyedWhileNamesGoByTheirFlags) {
   BX_INSTANCE root("ROOT", 0, 0, 9, 9);
   BX_INSTANCE* last = grow_chain(root);
   test::add_wire(*last, "W");
+}
+
+TEST(DeepTree, IsSearchedWithPathsOfBoundedLength) {
+  constexpr bx_long levels = 20000;
+  BX_INSTANCE root("ROOT", 0, 0, 1, 1);
+  BX_INSTANCE* last = &root;
+  for (bx_long i = 1; i <= levels; ++i) last = test::add(*last, "LEVEL", 0, 0, 1, 1);
+  test::add_wire(*last, "W");
+  const auto instances = qelmodb::find_instances(root, "LEVEL");
+  ASSERT_EQ(instances.size(), static_cast<std::size_t>(levels));
+  EXPECT_EQ(instances[0].path, "ROOT/LEVEL");
+  const std::string& deepest = instances.back().path;
+  EXPECT_EQ(deepest.substr(0, 14), "ROOT/.../LEVEL");
+  EXPECT_EQ(deepest.substr(deepest.size() - 6), "/LEVEL");
+  for (const auto& found : instances) ASSERT_LE(found.path.size(), 410U);
+  EXPECT_EQ(qelmodb::find_wires(root, "W").at(0).path, deepest);
+  EXPECT_EQ(qelmodb::instances_at(root, 0, 0).back().path, deepest);
+  EXPECT_EQ(qelmodb::path_of(root, *last).size(), 4 + 6 * static_cast<std::size_t>(levels));
+}
+
+TEST(DeepTree, PathIsCutFromFourHundredCharactersOn) {
+  BX_INSTANCE root("R", 0, 0, 1, 1);
+  BX_INSTANCE* inner = test::add(root, std::string(398, 'n').c_str(), 0, 0, 1, 1);
+  test::add(*inner, "X", 0, 0, 1, 1);
+  EXPECT_EQ(qelmodb::find_instances(root, inner->name).at(0).path, std::string("R/") + inner->name);
+  EXPECT_EQ(qelmodb::find_instances(root, "X").at(0).path, "R/.../X");
+  BX_INSTANCE long_root(std::string(400, 'r').c_str(), 0, 0, 1, 1);
+  test::add(long_root, "X", 0, 0, 1, 1);
+  EXPECT_EQ(qelmodb::find_instances(long_root, "X").at(0).path, ".../X");
 }
 
 }  // namespace

@@ -15,13 +15,9 @@
 
 namespace {
 
-/// A table and its store, freed as a database does it.
+/// A table and its store, which frees the strings of both.
 class NameStore : public testing::Test {
  protected:
-  ~NameStore() override {
-    for (char* string : table_) std::free(string);
-  }
-
   void append(const char* text) {
     char* string = ut_strdup(text);
     table_.a_add(&string);

@@ -60,6 +60,23 @@ TEST(Pool, DoesNotHoldWhatIsNotItsOwn) {
   }
 }
 
+TEST(Pool, WhatObjectsNeedLivesAsLongAsAnyOfThem) {
+  auto needed = std::make_shared<int>(7);
+  const std::weak_ptr<int> watched = needed;
+  std::vector<unsigned char*> objects;
+  {
+    UT_POOL pool(object_size, std::move(needed));
+    objects = taken(pool, many);
+  }
+  std::shuffle(objects.begin(), objects.end(), std::mt19937(2));
+  unsigned char* const last = objects.back();
+  objects.pop_back();
+  give_back(objects);
+  EXPECT_FALSE(watched.expired());
+  UT_POOL::give_back(last);
+  EXPECT_TRUE(watched.expired());
+}
+
 TEST(Pool, MayGoBeforeItsObjects) {
   std::vector<unsigned char*> objects;
   {

@@ -50,9 +50,9 @@ TEST(LeastSizes, OfTextRecordsAreThoseOfTheShortestThatReadersTake) {
   EXPECT_TRUE(file.ok());
 }
 
-TEST(Limits, OfTheBuffersAreOneMoreThanThePublicOnes) {
-  EXPECT_EQ(bx_key_limit, BX_FILE_NAME_LIMIT + 1);
-  EXPECT_EQ(bx_grid_name_limit, BX_GRID_NAME_LIMIT + 1);
+TEST(Limits, OfTheBuffersAreThoseOfTheFiles) {
+  EXPECT_EQ(bx_key_size, 100);
+  EXPECT_EQ(bx_grid_name_size, 255);
 }
 
 }  // namespace

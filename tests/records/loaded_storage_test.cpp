@@ -106,6 +106,21 @@ TEST_P(LoadedStorage, OfATreeIsLeftWhenItJoinsAnotherDatabase) {
   EXPECT_EQ(joined.getnuminstances(), 4);
 }
 
+TEST_P(LoadedStorage, OfListsLivesAsLongAsAnyInstanceOfTheLoad) {
+  std::unique_ptr<BX_DB> db = load();
+  std::unique_ptr<BX_INSTANCE> nested(take_out(*db, nested_));
+  std::unique_ptr<BX_INSTANCE> leaf(take_out(*db, 20));
+  // The names were the database's. All else is the instances' own.
+  db.reset();
+  ASSERT_EQ(nested->getnuminstances(), 3);
+  for (const BX_INSTANCE* child : nested->instances) EXPECT_EQ(child->xmax, 9);
+  ASSERT_EQ(nested->getnumwires(), nested_);
+  for (bx_long k = 0; k < nested_; ++k) EXPECT_EQ(nested->wires[k].nodey, nested_);
+  nested.reset();
+  ASSERT_EQ(leaf->getnumwires(), 20);
+  for (bx_long k = 0; k < 20; ++k) EXPECT_EQ(leaf->wires[k].nodey, 20);
+}
+
 TEST_P(LoadedStorage, OfInstancesIsGivenBackOneByOne) {
   const std::unique_ptr<BX_DB> db = load();
   for (const bx_long i : {20, 7, 49, 0, nested_}) delete take_out(*db, i);

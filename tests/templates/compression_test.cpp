@@ -4,6 +4,7 @@
 // Instance templates, references to them, and restoring from them.
 #include <gtest/gtest.h>
 
+#include "qelmocompress.h"
 #include "qelmotmplt.h"
 #include "template_faults.h"
 
@@ -144,6 +145,22 @@ TEST_F(InstanceTemplates, WithoutADatabaseThereAreNone) {
 }
 
 // ---- compressing a database
+
+TEST_F(InstanceTemplates, RootWithoutDatabaseIsLeftAlone) {
+  const test::temporary_folder folder;
+  const std::string name = folder.file("grid.bxg");
+  test::write_file(name, "BX_DB:A\nBX_INSTANCE: \"R\" (0, 0) (9, 9)\n1\nBX_INSTANCE: \"BASIC_ASS\" (0, 0) (1, 1)\n0\n");
+  BX_DB grid;
+  ASSERT_EQ(grid.loadgrid(name.c_str()), 1);
+  ASSERT_EQ(grid.top, nullptr);
+  EXPECT_EQ(test::fault_of([&] { grid.compress(); }), "");
+  EXPECT_EQ(grid.basicasstemplate, nullptr);
+  EXPECT_TRUE(grid.asstemplates.empty());
+  EXPECT_EQ(grid.numinst, 0);
+  EXPECT_EQ(grid.getinstance(0)->tmplt, 0);
+  EXPECT_EQ(grid.dumpcompress(folder.file("compressed.bxd").c_str(), false), 0);
+  EXPECT_TRUE(qelmodb::compression_objections(grid).empty());
+}
 
 TEST_F(InstanceTemplates, CompressionCountsAllButTheRootAndRefersEach) {
   BX_INSTANCE* a = put("A", 0, 0, {{1, 2}});

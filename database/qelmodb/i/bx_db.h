@@ -69,7 +69,8 @@ class BX_API BX_DB : public BX_INSTANCE {
   /// makes the instance templates. Names and wires stay as they are, templates are never taken away, and the two
   /// counters go on counting (the root is not counted). Ends the process as BX_INSTANCE::compress and
   /// BASIC_ASS_TEMPLATE::buildme_sm do. Throws std::bad_alloc; the counters are what they were then, and the database
-  /// is not a compressed one until compress succeeds. O(n log n) in wires.
+  /// is not a compressed one until compress succeeds. O(n log n) in wires. Like any instance without database, a root
+  /// whose top is null, which a text loadgrid leaves so, is left alone.
   void compress() override;
 
   /// Writes what stands behind the names of a compressed file: the templates, then the tree, of each instance its

@@ -164,7 +164,7 @@ BX_API bool dump(const BX_DB& db, UT_PTRFILE& file, form as, content what, const
 
 /// Something that a file of a form could not hold.
 struct objection {
-  std::string path;    ///< names from the root down, joined by "/"
+  std::string path;    ///< names from the root down; a long one is cut as in found_instance
   std::string reason;  ///< such as "name of 120 characters; text files hold 99"
 };
 
@@ -204,14 +204,17 @@ BX_API void child_order_changed() noexcept;
 /// An instance and the names that lead to it.
 struct found_instance {
   BX_INSTANCE* inst;
-  std::string path;  ///< from the root down to the instance, joined by "/"
+
+  /// Names from the root down to the instance, joined by "/". Of a path of more than 400 characters the middle is left
+  /// out as "...", because a tree can be as deep as it has instances; path_of gives the whole.
+  std::string path;
 };
 
 /// A wire, its instance and the names that lead to that.
 struct found_wire {
   BX_WIRE* wire;
   BX_INSTANCE* inst;
-  std::string path;  ///< from the root down to the instance
+  std::string path;  ///< the same, down to the instance
 };
 
 /// All instances of this name in the subtree, root included, in the order of bx_walk. O(n).
