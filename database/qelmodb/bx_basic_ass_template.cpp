@@ -20,30 +20,6 @@ WIRE_TEMPLATE_SM::~WIRE_TEMPLATE_SM() {
 
 namespace {
 
-/// Coordinates of columns or rows, by their numbers. A damaged file can give several the same number, or one beyond
-/// their count.
-class numbered_coordinates {
- public:
-  explicit numbered_coordinates(const std::map<bx_long, std::uint16_t>& numbers)
-      : coordinates_(numbers.size()), known_(numbers.size()) {
-    for (const auto& [coordinate, number] : numbers) {
-      if (number >= coordinates_.size()) continue;
-      coordinates_[number] = coordinate;
-      known_[number] = true;
-    }
-  }
-  std::size_t size() const noexcept { return coordinates_.size(); }
-  bool get(std::size_t number, bx_long& coordinate) const noexcept {
-    if (number >= coordinates_.size() || !known_[number]) return false;
-    coordinate = coordinates_[number];
-    return true;
-  }
-
- private:
-  std::vector<bx_long> coordinates_;
-  std::vector<bool> known_;
-};
-
 void release_table(BX_POINT** table, std::size_t columns) noexcept {
   for (std::size_t c = 0; c < columns; ++c) delete[] table[c];
   delete[] table;
@@ -77,6 +53,30 @@ class BASIC_ASS_TEMPLATE::line_coordinates {
   }
 
  private:
+  // Coordinates of columns or rows, by their numbers. A damaged file can give several the same number, or one beyond
+  // their count.
+  class numbered_coordinates {
+   public:
+    explicit numbered_coordinates(const std::map<bx_long, std::uint16_t>& numbers)
+        : coordinates_(numbers.size()), known_(numbers.size()) {
+      for (const auto& [coordinate, number] : numbers) {
+        if (number >= coordinates_.size()) continue;
+        coordinates_[number] = coordinate;
+        known_[number] = true;
+      }
+    }
+    std::size_t size() const noexcept { return coordinates_.size(); }
+    bool get(std::size_t number, bx_long& coordinate) const noexcept {
+      if (number >= coordinates_.size() || !known_[number]) return false;
+      coordinate = coordinates_[number];
+      return true;
+    }
+
+   private:
+    std::vector<bx_long> coordinates_;
+    std::vector<bool> known_;
+  };
+
   numbered_coordinates columns_;
   numbered_coordinates rows_;
 };
