@@ -2,8 +2,9 @@
 # SPDX-FileCopyrightText: The qelmodb authors
 # SPDX-License-Identifier: Apache-2.0
 
-# Builds the example client against copies of the library, and compares what the client prints: once by its CMake
-# package against what is installed into an empty folder, and once by pkg-config against what is in the archive.
+# Builds the example client against copies of the library, and compares what the client prints: by its CMake package
+# and by pkg-config against what is installed into an empty folder, by pkg-config once more when that was moved, and
+# against what is in the archive. None of these lies at the prefix that the build was configured for.
 #
 #   check_client.sh BUILD_FOLDER SOURCE_FOLDER COMPILER [TOOLCHAIN_FILE EMULATOR]
 set -eu
@@ -38,17 +39,26 @@ cmake -S "$source/examples/client" -B "$work/client" -G Ninja -DCMAKE_CXX_COMPIL
 cmake --build "$work/client" >"$work/build.log"
 run_client "$work/installed" "$(find "$work/client" -maxdepth 1 -type f "(" -name client -o -name client.exe ")")"
 
+# Builds the client by what qelmodb.pc of a copy says, and runs it.
+#   check_pkg_config COPY
+check_pkg_config() {
+  pc=$(dirname "$(find "$1" -name qelmodb.pc)")
+  flags=$(PKG_CONFIG_PATH=$pc pkg-config --cflags --libs qelmodb)
+  # shellcheck disable=SC2086
+  "$compiler" -std=c++20 ${CLIENT_FLAGS:-} "$source/examples/client/client.cpp" $flags \
+    -Wl,-rpath,"$(dirname "$pc")" -o "$work/client_pc.exe"
+  run_client "$1" "$work/client_pc.exe"
+}
+check_pkg_config "$work/installed"
+mkdir "$work/elsewhere"
+mv "$work/installed" "$work/elsewhere/moved"
+check_pkg_config "$work/elsewhere/moved"
+
 (cd "$work" && cpack --config "$build/CPackConfig.cmake" -B "$work/archives" >"$work/pack.log")
 mkdir "$work/unpacked"
 (cd "$work/unpacked" && cmake -E tar xf "$work"/archives/qelmodb-*.*)
 copy=$(dirname "$(find "$work/unpacked" -name include)")
-pc=$(dirname "$(find "$copy" -name qelmodb.pc)")
-# The copy lies elsewhere than the prefix it was configured for.
-flags=$(PKG_CONFIG_PATH=$pc pkg-config --define-variable=prefix="$copy" --cflags --libs qelmodb)
-# shellcheck disable=SC2086
-"$compiler" -std=c++20 ${CLIENT_FLAGS:-} "$source/examples/client/client.cpp" $flags \
-  -Wl,-rpath,"$(dirname "$pc")" -o "$work/client_pc.exe"
-run_client "$copy" "$work/client_pc.exe"
+check_pkg_config "$copy"
 
 # The tool comes with what it needs, too.
 tool=$(find "$copy" -name bxdb -o -name bxdb.exe)

@@ -2,15 +2,36 @@
 # SPDX-FileCopyrightText: The qelmodb authors
 # SPDX-License-Identifier: Apache-2.0
 
-# Every public header compiles alone, without a warning.
+# Every public header compiles alone, without a warning. In an older language it gives one error, which names the one
+# that is needed.
 #
 #   check_headers.sh SOURCE_FOLDER COMPILER
 set -eu
 cd "$1"
-for header in utility/i/*.h device/i/*.h database/qelmodb/i/*.h; do
+compiler=$2
+# Compiles a header alone, with further options.
+#   compile HEADER OPTION...
+compile() {
+  header=$1
+  shift
   echo "#include \"$(basename "$header")\"" |
-    "$2" -std=c++20 -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror -fsyntax-only -x c++ \
-      -Iutility/i -Idevice/i -Idatabase/qelmodb/i - || { echo "$header does not compile alone"; exit 1; }
+    "$compiler" "$@" -fsyntax-only -x c++ -Iutility/i -Idevice/i -Idatabase/qelmodb/i -
+}
+
+for header in utility/i/*.h device/i/*.h database/qelmodb/i/*.h; do
+  compile "$header" -std=c++20 -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wundef -Werror ||
+    { echo "$header does not compile alone"; exit 1; }
+  if messages=$(compile "$header" -std=c++17 2>&1); then
+    echo "$header compiles as C++17"
+    exit 1
+  fi
+  errors=$(echo "$messages" | grep 'error:')
+  case $errors in
+    *error:*error:*) right=no ;;
+    *"qelmodb needs C++20"*) right=yes ;;
+    *) right=no ;;
+  esac
+  [ $right = yes ] || { printf '%s as C++17 should give one error, which asks for C++20:\n%s\n' "$header" "$errors"; exit 1; }
 done
 
 # What a client has by one header is whole, so that it can be made, destroyed and asked.

@@ -6,6 +6,11 @@
 
 #include <cstdint>
 
+// Every public header includes this one before anything that an older language lacks.
+#if defined(_MSVC_LANG) ? _MSVC_LANG <= 201703L : __cplusplus <= 201703L
+#error "qelmodb needs C++20: compile with -std=c++20, or with /std:c++20"
+#endif
+
 static_assert(sizeof(void*) == 8, "binary files hold 64-bit name references: a 64-bit platform is needed");
 
 /// Marks what the shared library exports. A client never defines QELMODB_BUILDING; a client of the

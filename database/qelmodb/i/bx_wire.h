@@ -27,7 +27,7 @@ struct BX_POINT {
   constexpr BX_POINT() noexcept = default;
   constexpr BX_POINT(bx_long px, bx_long py) noexcept : x(px), y(py) {}
 
-  friend constexpr bool operator==(const BX_POINT&, const BX_POINT&) noexcept = default;
+  friend constexpr bool operator==(const BX_POINT& a, const BX_POINT& b) noexcept { return a.x == b.x && a.y == b.y; }
 };
 
 class BX_API BX_WIRE {

@@ -27,7 +27,9 @@ struct placed_wire {
   BX_WIRE* wire;
   BX_INSTANCE* inst;
 
-  friend bool operator==(const placed_wire&, const placed_wire&) noexcept = default;
+  friend bool operator==(const placed_wire& a, const placed_wire& b) noexcept {
+    return a.wire == b.wire && a.inst == b.inst;
+  }
 };
 
 class BX_API tree_index {
@@ -45,7 +47,9 @@ class BX_API tree_index {
   // ---- the walk
 
   /// All instances in the order of the walk, root first.
+#ifdef __cpp_lib_span  // else ut_types.h has said what is missing
   std::span<BX_INSTANCE* const> instances() const noexcept;
+#endif
 
   static constexpr std::size_t no_number = static_cast<std::size_t>(-1);
 
@@ -72,7 +76,9 @@ class BX_API tree_index {
   // ---- by name; null counts as ""
 
   /// All instances of this name. The list lies in the index. O(1).
+#ifdef __cpp_lib_span  // else ut_types.h has said what is missing
   std::span<BX_INSTANCE* const> instances_named(const char* name) const noexcept;
+#endif
 
   /// The first wire of this name that stands behind wire after in the instance's list; of all its wires when after is
   /// null. Null when there is none, when inst is not in the index, or after not a wire of inst. Wires need not be in
