@@ -91,7 +91,8 @@ TEST_F(BxdbGrid, OptionsThatDoNotGoTogetherAreBadUse) {
                                                  {"--col", "0"},
                                                  {"--row", "0", "--col", "0", "--extrema"},
                                                  {"--json", "--extrema"},
-                                                 {"--device", device, "--derive-device"}}) {
+                                                 {"--device", device, "--derive-device"},
+                                                 {"--no-derive", "--derive-device"}}) {
     words line = {"grid", db};
     line.insert(line.end(), options.begin(), options.end());
     EXPECT_EQ(expect(2, line).out, "");
@@ -113,26 +114,53 @@ TEST_F(BxdbGrid, JsonHoldsTheCellsThatHoldTiles) {
   EXPECT_EQ(one["cells"][0], cell);
 }
 
-TEST_F(BxdbGrid, TilesThatLeavePlacesFreeNeedADevice) {
+TEST_F(BxdbGrid, TilesThatLeavePlacesFreeStandWhereADescriptionSaysOrElseWhereTheyBegin) {
   const std::string db = made("a.bxd", text_of_tiles(five_tiles()));
-  const outcome none = expect(2, {"grid", db});
+  const std::string device = made("six.npd", description_of_six());
+  const outcome told = expect(0, {"grid", db, "--device", device});
+  EXPECT_TRUE(holds(told.out, "01 IO_W16   CLB_X1Y0 NULL_ASS"));
+  EXPECT_EQ(told.err, "");
+  const outcome asked = expect(0, {"grid", db, "--derive-device"});
+  EXPECT_EQ(asked.out, told.out);
+  EXPECT_EQ(asked.err, "");
+  const outcome unasked = expect(0, {"grid", db});
+  EXPECT_EQ(unasked.out, told.out);
+  EXPECT_EQ(unasked.err, "bxdb: " + db + ": there is no " + file("a.npd") +
+                             ", so the device's rows and columns are those at which tiles begin\n");
+}
+
+TEST_F(BxdbGrid, TilesThatLeavePlacesFreeGiveNoGridWhenNothingMayBeDerived) {
+  const std::string db = made("a.bxd", text_of_tiles(five_tiles()));
+  const outcome none = expect(2, {"grid", db, "--no-derive"});
   EXPECT_EQ(none.out, "");
   EXPECT_EQ(none.err, "bxdb: " + db +
                           ": no grid: the 5 tiles do not fill their rows, and there is no device that tells their "
                           "places (see --device and --derive-device)\n");
   const std::string device = made("six.npd", description_of_six());
-  const outcome told = expect(0, {"grid", db, "--device", device});
-  EXPECT_TRUE(holds(told.out, "01 IO_W16   CLB_X1Y0 NULL_ASS"));
-  EXPECT_EQ(expect(0, {"grid", db, "--derive-device"}).out, told.out);
+  EXPECT_EQ(expect(0, {"grid", db, "--no-derive", "--device", device}).err, "");
+  const std::string full = made("b.bxd", text_of_tiles(six_tiles()));
+  EXPECT_EQ(expect(0, {"grid", full, "--no-derive"}).err, "");
+}
+
+TEST_F(BxdbGrid, ADescriptionThatIsNotAskedIsToldOfWhenItWasGiven) {
+  const std::string db = made("a.bxd", text_of_tiles(six_tiles()));
+  const std::string device = made("a.npd", "NP_DEVICE:1\nrows 1 0 100\ncolumns 1 0 100\n");
+  const outcome given = expect(0, {"grid", db, "--device", device});
+  EXPECT_EQ(given.err,
+            "bxdb: " + db + ": the tiles fill all rows alike, so the description is not asked: " + device + "\n");
+  const outcome beside = expect(0, {"grid", db});
+  EXPECT_EQ(beside.err, "");
+  EXPECT_EQ(beside.out, given.out);
 }
 
 TEST_F(BxdbGrid, TheDescriptionBesideTheFileIsUsed) {
   const std::string db = made("a.bxd", text_of_tiles(five_tiles()));
-  expect(2, {"grid", db});
+  expect(2, {"grid", db, "--no-derive"});
   made("a.npd", description_of_six());
-  const std::string report = expect(0, {"grid", db}).out;
+  const outcome described = expect(0, {"grid", db, "--no-derive"});
+  EXPECT_EQ(described.err, "");
   expect(0, {"convert", db, file("a.bxd.gz"), "--form", "binary"});
-  EXPECT_EQ(expect(0, {"grid", file("a.bxd.gz")}).out, report);
+  EXPECT_EQ(expect(0, {"grid", file("a.bxd.gz")}).out, described.out);
 }
 
 TEST_F(BxdbGrid, WhatWasAskedForTakesThePlaceOfTheDescriptionBesideTheFile) {

@@ -186,6 +186,7 @@ class BxdbGridPicture : public ToolTest {
 constexpr unsigned first_colour = 0x5b8fd0;
 constexpr unsigned second_colour = 0xf2953c;
 constexpr unsigned third_colour = 0x5fb562;
+constexpr unsigned fourth_colour = 0xd9534f;
 
 TEST_F(BxdbGridPicture, TilesHaveTheColoursOfTheirKindsToScaleAndYGrowsUpwards) {
   // Kinds of one frequency are in the order of their names.
@@ -312,6 +313,17 @@ TEST_F(BxdbGridPicture, ALongLegendEndsWithTheRest) {
   EXPECT_EQ(legend[21], "other (6 kinds) 12");
 }
 
+TEST_F(BxdbGridPicture, TheLegendListsOnlyWhatCanBeSeen) {
+  // Small tiles lie on large ones: those of kind B and C cover A, but not D.
+  const std::vector<tile_box> tiles = {{"A", 0, 0, 100, 100},   {"B", 0, 0, 50, 100},    {"C", 50, 0, 100, 60},
+                                       {"C", 50, 60, 100, 100}, {"D", 200, 0, 300, 100}, {"B", 210, 0, 300, 100}};
+  const words more = {"--derive-device"};
+  EXPECT_EQ(legend_of(svg_of(tiles, more)), (words{"Tiles:", "B 2", "C 2", "D 1"}));
+  const bitmap png(png_of(tiles, more));
+  EXPECT_EQ(patch_of(png, third_colour).pixels, 0) << "A is covered";
+  EXPECT_GT(patch_of(png, fourth_colour).pixels, 0);
+}
+
 TEST_F(BxdbGridPicture, IsTheSameEveryTimeAndPackedAsItsNameSays) {
   const std::string db = made("a.bxd", text_of_tiles(six_tiles()));
   EXPECT_TRUE(picture(db, "--png", "a.png") == picture(db, "--png", "b.png"));
@@ -340,7 +352,7 @@ TEST_F(BxdbGridPicture, AFullDiskIsAFailureAndWithoutAGridNothingIsWritten) {
     EXPECT_TRUE(holds(full.err, "/dev/full: cannot write: No space left on device")) << full.err;
     const std::string nowhere = file("missing") + "/picture";
     EXPECT_TRUE(holds(expect(2, {"grid", db, "--derive-device", option, nowhere}).err, nowhere + ":"));
-    expect(2, {"grid", db, option, file("picture")});
+    expect(2, {"grid", db, "--no-derive", option, file("picture")});
     EXPECT_FALSE(std::filesystem::exists(file("picture")));
   }
 }

@@ -108,9 +108,11 @@ TEST_P(RealFabric, IsPrintedSearchedAndAskedForAPoint) {
 TEST_P(RealFabric, ItsMatricesStandInRowsAndColumns) {
   const bool full = GetParam().rows * GetParam().columns == GetParam().basic_ass;
   words line = {"grid", packed(), "BASIC_ASS"};
+  EXPECT_EQ(lines_of(expect(0, line).err), full ? 0U : 1U);
+  line.emplace_back("--no-derive");
   if (!full) {
     EXPECT_TRUE(holds(expect(2, line).err, packed() + ": no grid: "));
-    line.emplace_back("--derive-device");
+    line.back() = "--derive-device";
   }
   const nlohmann::json grid = json_of(0, line);
   EXPECT_EQ(grid["rows"], GetParam().rows);

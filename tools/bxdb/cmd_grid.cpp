@@ -3,12 +3,10 @@
 
 #include <fmt/format.h>
 
-#include <filesystem>
 #include <optional>
 #include <unordered_map>
 
 #include "commands.h"
-#include "device_description.h"
 #include "failure.h"
 #include "grid_picture.h"
 #include "host.h"
@@ -18,90 +16,15 @@
 #include "progress.h"
 #include "report_buffer.h"
 #include "text.h"
+#include "tile_grid.h"
 
 namespace bxdb {
 namespace {
-
-qelmodb::tiles tiles_of(const loaded_database& loaded) {
-  return loaded.what == qelmodb::content::grid ? qelmodb::tiles::with_or_without_wires : qelmodb::tiles::with_wires;
-}
-
-/// The prefixes as the library takes them: ended by a null pointer. Points into the options.
-std::vector<const char*> prefixes_of(const grid_options& options) {
-  std::vector<const char*> prefixes;
-  for (const std::string& prefix : options.prefixes) prefixes.push_back(prefix.c_str());
-  if (prefixes.empty()) prefixes.push_back("");
-  prefixes.push_back(nullptr);
-  return prefixes;
-}
 
 std::string file_name_of(const std::string& path) {
   const std::u8string name = path_of(path).filename().u8string();
   return {name.begin(), name.end()};
 }
-
-/// The description that the options name, or else the one that stands beside the file; empty when there is none.
-std::string description_for(const grid_options& options) {
-  if (!options.device.empty()) return options.device;
-  std::string beside = description_beside(options.file);
-  std::error_code unknown;
-  return std::filesystem::exists(path_of(beside), unknown) ? beside : std::string();
-}
-
-std::unique_ptr<NP_TABLEDEVICE> read_description(const std::string& name) {
-  std::string why;
-  auto device = NP_TABLEDEVICE::read(name.c_str(), why);
-  if (!device) throw failure(why);
-  return device;
-}
-
-/// Makes the grid that the options ask for.
-class grid_maker {
- public:
-  grid_maker(const loaded_database& loaded, const grid_options& options)
-      : db_(*loaded.db), options_(options), prefixes_(prefixes_of(options)), which_(tiles_of(loaded)) {}
-
-  /// Throws failure, with the reason, when the tiles give no grid.
-  std::unique_ptr<BX_GRID> make() {
-    const progress shown("arranging the tiles of " + options_.file);
-    std::string why;
-    std::unique_ptr<BX_GRID> grid;
-    if (choose_device(why)) {
-      db_.setdevice(device_.get());
-      grid = qelmodb::make_grid(db_, prefixes_.data(), which_, why);
-      db_.setdevice(nullptr);
-    }
-    if (!grid) throw failure(fmt::format("{}: no grid: {}{}", options_.file, why, hint()));
-    return grid;
-  }
-
- private:
-  /// False, and why, when no device can be made of the tiles.
-  bool choose_device(std::string& why) {
-    if (options_.derive_device) {
-      device_ = qelmodb::device_of_tiles(db_, prefixes_.data(), which_, why);
-      return device_ != nullptr;
-    }
-    description_ = description_for(options_);
-    if (!description_.empty()) device_ = read_description(description_);
-    return true;
-  }
-
-  /// What may help to a grid.
-  std::string hint() const {
-    if (!description_.empty()) return " (device: " + description_ + ")";
-    std::string why;
-    if (options_.derive_device || !qelmodb::device_of_tiles(db_, prefixes_.data(), which_, why)) return {};
-    return " (see --device and --derive-device)";
-  }
-
-  BX_DB& db_;
-  const grid_options& options_;
-  std::vector<const char*> prefixes_;
-  qelmodb::tiles which_;
-  std::string description_;
-  std::unique_ptr<NP_TABLEDEVICE> device_;
-};
 
 // ---- what is printed
 
@@ -212,7 +135,7 @@ void draw(const BX_DB& db, const BX_GRID& grid, const grid_options& options) {
 
 int run_grid(const grid_options& options) {
   const loaded_database loaded = load_database(options.file, options.input);
-  const std::unique_ptr<BX_GRID> grid = grid_maker(loaded, options).make();
+  const std::unique_ptr<BX_GRID> grid = make_tile_grid(loaded, options);
   if (options.one_cell) check_place(*grid, options);
   const bool drawn = !options.png.empty() || !options.svg.empty();
   if (drawn) draw(*loaded.db, *grid, options);

@@ -233,12 +233,16 @@ void add_grid_device_options(CLI::App& command, grid_options& options) {
       command.add_option("--device", options.device,
                          "The description of the device, which tells the row and column of each tile when the tiles "
                          "do not fill all rows alike; by default FILE with \".npd\" in place of its endings, when "
-                         "that stands beside it");
+                         "that stands beside it, or else the rows and columns at which tiles begin");
   device->type_name("NPDFILE");
-  command
-      .add_flag("--derive-device", options.derive_device,
-                "Take the device's rows and columns from where the tiles begin, and look at no description")
-      ->excludes(device);
+  const auto derive = [&options](deriving when) { return [&options, when] { options.derivation = when; }; };
+  CLI::Option* always = command.add_flag_callback(
+      "--derive-device", derive(deriving::always),
+      "Take the device's rows and columns from where the tiles begin, and look at no description");
+  CLI::Option* never = command.add_flag_callback("--no-derive", derive(deriving::never),
+                                                 "Take them from a description only, and give up without one");
+  always->excludes(device);
+  always->excludes(never);
 }
 
 void add_picture_options(CLI::App& command, grid_options& options) {
@@ -270,7 +274,7 @@ void add_grid_command(CLI::App& tool, int& status) {
       "With a picture nothing is printed unless --extrema, --json or --row and --col ask for it.\n"
       "Status 1 when the cell is empty, 2 when the tiles give no grid.\n"
       "Example: bxdb grid device.bxd BASIC_ASS --row 3 --col 5\n"
-      "Example: bxdb grid device.bxd.gz --derive-device --png device.png");
+      "Example: bxdb grid device.bxd.gz --png device.png");
   command.callback([options, row, &status] {
     options->one_cell = row->count() != 0;
     status = run_grid(*options);

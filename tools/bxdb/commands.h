@@ -101,6 +101,13 @@ int run_query(const query_options& options);
 /// What can be asked, and how the answers look.
 std::string query_help();
 
+/// When a grid takes the device's rows and columns from the tiles.
+enum class deriving {
+  if_needed,  ///< when the tiles leave places free and there is no description
+  always,
+  never
+};
+
 struct grid_options {
   std::string file;
   std::vector<std::string> prefixes;
@@ -108,7 +115,7 @@ struct grid_options {
   bx_long row = 0;
   bx_long column = 0;
   std::string device;  ///< the name of a device description, or empty
-  bool derive_device = false;
+  deriving derivation = deriving::if_needed;
   std::string png;  ///< names of pictures to write, or empty
   std::string svg;
   input_options input;

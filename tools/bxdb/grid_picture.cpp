@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "cairo_output.h"
+#include "picture_cover.h"
 #include "picture_layout.h"
 #include "picture_text.h"
 #include "text.h"
@@ -66,6 +67,7 @@ class grid_picture::page {
       : table_(grid),
         kinds_(db, table_.tiles),
         scale_(table_.boxes, grid.getnumcols()),
+        groups_(tiles_by_kind()),
         font_(std::clamp(scale_.width() / 100.0, 12.0, 16.0)) {
     title_ = fmt::format("{}: {} x {}, {}", shortened(file, most_file_characters), counted(grid.getnumrows(), "row"),
                          counted(grid.getnumcols(), "column"),
@@ -101,22 +103,37 @@ class grid_picture::page {
     std::vector<colour> colours;
   };
 
+  /// The kinds of which something can be seen, the most frequent first.
+  std::vector<std::size_t> kinds_in_sight() const {
+    pixel_cover cover(scale_.width(), scale_.height());
+    std::vector<std::size_t> in_sight;
+    for (auto group = groups_.rbegin(); group != groups_.rend(); ++group) {
+      bool seen = false;
+      for (const std::size_t tile : *group) seen = cover.take(scale_.pixels(table_.boxes[tile])) || seen;
+      if (seen) in_sight.push_back(kinds_.kind_of(group->front()));
+    }
+    std::sort(in_sight.begin(), in_sight.end());
+    return in_sight;
+  }
+
   void list_legend() {
     const auto& kinds = kinds_.kinds();
-    const std::size_t listed = std::min(kinds.size(), most_legend_kinds);
+    const std::vector<std::size_t> in_sight = kinds_in_sight();
+    const std::size_t listed = std::min(in_sight.size(), most_legend_kinds);
     for (std::size_t i = 0; i < listed; ++i) {
+      const std::size_t kind = in_sight[i];
       legend_.push_back(
-          {shortened(kind_text(i), most_label_characters), std::to_string(kinds[i].tiles), {kind_colour(i)}});
+          {shortened(kind_text(kind), most_label_characters), std::to_string(kinds[kind].tiles), {kind_colour(kind)}});
     }
-    if (listed == kinds.size()) return;
+    if (listed == in_sight.size()) return;
     legend_line other;
     std::int64_t tiles = 0;
-    for (std::size_t i = listed; i < kinds.size(); ++i) {
-      tiles += kinds[i].tiles;
+    for (std::size_t i = listed; i < in_sight.size(); ++i) {
+      tiles += kinds[in_sight[i]].tiles;
       constexpr std::size_t most_stripes = 4;
-      if (other.colours.size() < most_stripes) other.colours.push_back(kind_colour(i));
+      if (other.colours.size() < most_stripes) other.colours.push_back(kind_colour(in_sight[i]));
     }
-    other.name = fmt::format("other ({})", counted(static_cast<std::int64_t>(kinds.size() - listed), "kind"));
+    other.name = fmt::format("other ({})", counted(static_cast<std::int64_t>(in_sight.size() - listed), "kind"));
     other.count = std::to_string(tiles);
     legend_.push_back(std::move(other));
   }
@@ -189,7 +206,7 @@ class grid_picture::page {
     set_colour(cairo, ground);
     cairo_rectangle(cairo, plot_left_, plot_top_, scale_.width(), scale_.height());
     cairo_fill(cairo);
-    for (const std::vector<std::size_t>& group : tiles_by_kind()) {
+    for (const std::vector<std::size_t>& group : groups_) {
       const colour fill = kind_colour(kinds_.kind_of(group.front()));
       fill_tiles(cairo, group, fill);
       outline_tiles(cairo, group, fill);
@@ -320,6 +337,7 @@ class grid_picture::page {
   tile_table table_;
   tile_kinds kinds_;
   plot_scale scale_;
+  std::vector<std::vector<std::size_t>> groups_;  // as tiles_by_kind gives them
   double font_;
   std::string title_;
   std::vector<legend_line> legend_;
