@@ -23,7 +23,7 @@ run() {
   "$@"
 }
 run $bxdb --version
-run $bxdb generate $device.bxd --columns "${1:-100}" --rows "${2:-100}" --wires "${3:-100}"
+run $bxdb generate $device.bxd --force --columns "${1:-100}" --rows "${2:-100}" --wires "${3:-100}"
 run $bxdb convert $device.bxd $device-text.bxd --form text
 run $bxdb convert $device-text.bxd $device-back.bxd.zst --form binary
 run $bxdb check $device-back.bxd.zst

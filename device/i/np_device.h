@@ -55,6 +55,11 @@ class BX_API NP_TABLEDEVICE : public NP_DEVICE {
   /// Writes such a file; false and why when it cannot be written.
   bool write(const char* filename, std::string& why) const;
 
+  /// Whether both have the same edges.
+  bool operator==(const NP_TABLEDEVICE& other) const noexcept {
+    return row_edges_ == other.row_edges_ && column_edges_ == other.column_edges_;
+  }
+
   bx_long maxrow() override;
   bx_long maxcol() override;
   bx_long rowof(const UT_POINT& point) override;

@@ -107,4 +107,33 @@ TEST_F(BxdbConvert, ADamagedInputLeavesTheOutputAloneAndNoFileBehind) {
   EXPECT_EQ(files_in_folder(), 4U);  // input, output, what the program printed on its two outputs
 }
 
+TEST_F(BxdbConvert, TheDescriptionBesideAFileIsTakenAlong) {
+  expect(0, {"generate", file("a.bxd"), "--columns", "6"});
+  const words line = {"convert", file("a.bxd"), file("b.bxd.gz"), "--form", "text"};
+  EXPECT_EQ(expect(0, line).err, "bxdb: " + file("b.npd") + ": written, a copy of " + file("a.npd") + "\n");
+  EXPECT_EQ(read_file(file("b.npd")), read_file(file("a.npd")));
+  EXPECT_EQ(expect(0, line).err, "") << "it stands there";
+  EXPECT_EQ(expect(0, {"convert", file("a.bxd"), file("a.bxd.gz"), "--form", "text"}).err, "") << "it is the same file";
+}
+
+TEST_F(BxdbConvert, AnotherFileInTheDescriptionsPlaceStaysAndIsToldOf) {
+  expect(0, {"generate", file("a.bxd"), "--columns", "6"});
+  for (const char* other : {"NP_DEVICE:1\nrows 1 0 5\ncolumns 1 0 5\n", "a text of somebody's\n"}) {
+    made("b.npd", other);
+    EXPECT_EQ(expect(0, {"convert", file("a.bxd"), file("b.bxd"), "--form", "text"}).err,
+              "bxdb: " + file("b.npd") + ": not replaced: it is another file than " + file("a.npd") + "\n");
+    EXPECT_EQ(read_file(file("b.npd")), other);
+    expect(0, {"check", file("b.bxd")});
+  }
+}
+
+TEST_F(BxdbConvert, AFaultyDescriptionIsNotTakenAlong) {
+  const std::string db = made("a.bxd", small_text());
+  made("a.npd", "NP_DEVICE:1\nrows two\n");
+  const outcome told = expect(0, {"convert", db, file("b.bxd"), "--form", "binary"});
+  EXPECT_TRUE(told.err.starts_with("bxdb: " + file("b.npd") + ": not written: " + file("a.npd") + ":2: ")) << told.err;
+  EXPECT_EQ(lines_of(told.err), 1U);
+  EXPECT_FALSE(std::filesystem::exists(file("b.npd")));
+}
+
 }  // namespace

@@ -240,4 +240,24 @@ TEST(DeviceGenerator, SizesThatDoNotFitInto32BitsAreRefused) {
   refused(0, 1, 1, device_profile::plain);
 }
 
+TEST(DeviceGenerator, TheSizeOfADeviceIsToldBeforehand) {
+  device_options small;
+  device_options wide = small;
+  wide.columns = 900;
+  wide.rows = 30;
+  wide.wires = 8;
+  device_options plain = small;
+  plain.profile = device_profile::plain;
+  plain.names = tile_names::unique;
+  for (const device_options& options : {small, wide, plain}) {
+    const device_size told = estimate_device(options);
+    const qelmodb::tree_size made = qelmodb::measure(*generate_device(options));
+    EXPECT_NEAR(told.instances, static_cast<double>(made.instances), 0.01 * static_cast<double>(made.instances));
+    EXPECT_NEAR(told.wires, static_cast<double>(made.wires), 0.02 * static_cast<double>(made.wires));
+    const double least = 104.0 * static_cast<double>(made.instances) + 24.0 * static_cast<double>(made.wires);
+    EXPECT_GT(told.memory, least);
+    EXPECT_LT(told.memory, 3 * least);
+  }
+}
+
 }  // namespace

@@ -47,7 +47,7 @@ TEST_F(BxdbGenerate, TheFormIsBinaryUnlessAskedForText) {
 
 TEST_F(BxdbGenerate, WhatIsWrittenIsSound) {
   for (const words& options : std::vector<words>{{}, {"--names", "unique"}, {"--profile", "plain", "--wires", "5"}}) {
-    words line = {"generate", file("a.bxd")};
+    words line = {"generate", file("a.bxd"), "--force"};
     line.insert(line.end(), options.begin(), options.end());
     expect(0, line);
     EXPECT_TRUE(holds(expect(0, {"check", file("a.bxd")}).out, "0 errors, 0 warnings, 0 notes"));
@@ -81,6 +81,73 @@ TEST_F(BxdbGenerate, ADeviceOfTooManyRowsHasNoDescription) {
   made("a.npd", "old");
   EXPECT_TRUE(holds(expect(0, line).err, "the one that stands there is of another device\n"));
   EXPECT_EQ(read_file(file("a.npd")), "old");
+}
+
+TEST_F(BxdbGenerate, WhatIsNoDatabaseIsReplacedOnlyByForce) {
+  const std::string notes = made("notes.txt", "not to be lost\n");
+  const std::string packed = made("notes.gz", packings().front().pack("not to be lost\n"));
+  for (const auto& [name, description] :
+       {std::pair(notes, file("notes.txt.npd")), std::pair(packed, file("notes.npd"))}) {
+    const std::string before = read_file(name);
+    const outcome refused = expect(2, {"generate", name});
+    EXPECT_EQ(refused.err,
+              "bxdb: " + name + ": not replaced: it holds no database; give the output another name, or use --force\n");
+    EXPECT_TRUE(read_file(name) == before);
+    EXPECT_FALSE(std::filesystem::exists(description));
+    EXPECT_EQ(expect(0, {"generate", name, "--force"}).err, "");
+    expect(0, {"check", name});
+  }
+}
+
+TEST_F(BxdbGenerate, ADatabaseOfAnyFormIsReplacedAndSoIsAnEmptyFile) {
+  made("a.bxd", "");
+  expect(0, {"generate", file("a.bxd")});
+  for (const char* form : {"text", "compressed", "binary"}) expect(0, {"generate", file("a.bxd"), "--form", form});
+  for (const packing_format& packing : packings()) {
+    const std::string name = file("p.bxd" + packing.ending);
+    expect(0, {"generate", name, "--seed", "1"});
+    expect(0, {"generate", name, "--seed", "2"});
+    expect(0, {"generate", file("b.bxd"), "--seed", "2"});
+    expect(0, {"diff", name, file("b.bxd")});
+  }
+}
+
+TEST_F(BxdbGenerate, AnotherFileInTheDescriptionsPlaceIsReplacedOnlyByForce) {
+  const std::string db = file("a.bxd");
+  const std::vector<std::pair<std::string, std::string>> cases = {
+      {"NP_DEVICE:1\nrows 1 0 5\ncolumns 1 0 5\n", "it describes another device"},
+      {"a text of somebody's\n", "it is no device description (" + file("a.npd") + ":1: expected \"NP_DEVICE:1\")"}};
+  for (const auto& [bytes, reason] : cases) {
+    made("a.npd", bytes);
+    EXPECT_EQ(expect(2, {"generate", db, "--columns", "8"}).err,
+              "bxdb: " + file("a.npd") + ": not replaced: " + reason +
+                  "; move it, give the output another name, or use --force\n");
+    EXPECT_EQ(read_file(file("a.npd")), bytes);
+    EXPECT_FALSE(std::filesystem::exists(db));
+  }
+  expect(0, {"generate", db, "--columns", "8", "--force"});
+  EXPECT_TRUE(holds(read_file(file("a.npd")), "columns 8 0 "));
+  // The same device has the same description, whatever blanks that has.
+  const std::string blanks = replaced(read_file(file("a.npd")), "columns", " columns");
+  made("a.npd", blanks);
+  expect(0, {"generate", db, "--columns", "8", "--seed", "2"});
+  expect(2, {"generate", db, "--columns", "9"});
+}
+
+TEST_F(BxdbGenerate, ADeviceBeyondTheMachinesMemoryIsRefusedWithTheNumbers) {
+  for (const words& options :
+       std::vector<words>{{"--columns", "1000000", "--rows", "1000000"},
+                          {"--columns", "20000", "--rows", "20000", "--wires", "40000"},
+                          {"--profile", "plain", "--columns", "33000000", "--rows", "1", "--wires", "65535"}}) {
+    words line = {"generate", file("a.bxd"), "--force"};
+    line.insert(line.end(), options.begin(), options.end());
+    const outcome refused = expect(2, line);
+    EXPECT_TRUE(refused.err.starts_with("bxdb: " + file("a.bxd") + ": not written: the device would have about "))
+        << refused.err;
+    EXPECT_TRUE(holds(refused.err, " million wires, which take ")) << refused.err;
+    EXPECT_TRUE(holds(refused.err, "B of memory, and this machine has ")) << refused.err;
+    EXPECT_FALSE(std::filesystem::exists(file("a.bxd")));
+  }
 }
 
 TEST_F(BxdbGenerate, SizesThatGiveNoDeviceAreAFailureThatNamesTheFile) {

@@ -7,6 +7,7 @@
 
 #include "commands.h"
 #include "compressing.h"
+#include "device_description.h"
 #include "failure.h"
 #include "loaded_database.h"
 #include "loss_proof.h"
@@ -94,6 +95,7 @@ int run_convert(const convert_options& options) {
   output_file out(options.out, packing::none);
   write_all(out.stream(), bytes.data(), bytes.size());
   out.commit();
+  take_description_along(options.in, options.out);
   return done;
 }
 

@@ -17,6 +17,7 @@
 #include "input_file.h"
 #include "output_file.h"
 #include "progress.h"
+#include "replaced_file.h"
 #include "text.h"
 
 namespace bxdb {
@@ -29,24 +30,58 @@ device_options complete(const generate_options& options) {
   return device;
 }
 
-std::unique_ptr<BX_DB> generated(const generate_options& options) {
-  const progress shown("generating " + options.out);
+/// What a function of the generator gives for the options. Throws failure when they give no device.
+template <class Make>
+auto made_of(const generate_options& options, Make make) {
   try {
-    return generate_device(complete(options));
+    return make(complete(options));
   } catch (const std::invalid_argument& e) {
     throw failure(options.out + ": not written: " + e.what());
   }
 }
 
-/// Writes the description of the device beside the database, for grids. Nothing stands beside a device or pipe,
-/// and a link may be one's standard output.
-void describe(const generate_options& options) {
-  std::error_code unknown;
-  if (!std::filesystem::is_regular_file(std::filesystem::symlink_status(path_of(options.out), unknown))) return;
-  const std::string name = description_beside(options.out);
+std::unique_ptr<BX_DB> generated(const generate_options& options) {
+  const progress shown("generating " + options.out);
+  return made_of(options, generate_device);
+}
+
+/// Throws failure for a device that this machine has no memory for.
+void check_memory(const generate_options& options) {
+  const device_size size = made_of(options, estimate_device);
+  const std::uint64_t there = physical_memory();
+  if (there == 0 || size.memory <= static_cast<double>(there)) return;
+  constexpr double million = 1e6;
+  throw failure(
+      fmt::format("{}: not written: the device would have about {:.0f} million instances and {:.0f} million wires, "
+                  "which take {} of "
+                  "memory, and this machine has {}; ask for fewer columns, rows or wires",
+                  options.out, size.instances / million, size.wires / million,
+                  size_text(static_cast<std::uint64_t>(size.memory)), size_text(there)));
+}
+
+/// The description of the device; null when it has too many rows or columns for one.
+std::unique_ptr<NP_TABLEDEVICE> description_of(const generate_options& options) {
   device_edges edges = edges_of_device(complete(options));
   constexpr std::size_t most_edges = NP_TABLEDEVICE::max_lines + 1;
-  if (edges.rows.size() > most_edges || edges.columns.size() > most_edges) {
+  if (edges.rows.size() > most_edges || edges.columns.size() > most_edges) return nullptr;
+  return std::make_unique<NP_TABLEDEVICE>(std::move(edges.rows), std::move(edges.columns));
+}
+
+/// Throws failure when anything would be replaced that is not of the kind that is written, or that nobody named.
+void check_places(const generate_options& options) {
+  refuse_to_replace_stranger(options.out);
+  if (!may_have_description(options.out)) return;
+  const std::unique_ptr<NP_TABLEDEVICE> description = description_of(options);
+  if (description) refuse_to_replace(description_beside(options.out), *description);
+}
+
+/// Writes the description of the device beside the database, for grids.
+void describe(const generate_options& options) {
+  if (!may_have_description(options.out)) return;
+  const std::string name = description_beside(options.out);
+  const std::unique_ptr<NP_TABLEDEVICE> description = description_of(options);
+  if (!description) {
+    std::error_code unknown;
     fmt::print(
         stderr, "bxdb: {}: not written: a description holds at most {} rows and columns{}\n", printable(name),
         NP_TABLEDEVICE::max_lines,
@@ -54,7 +89,7 @@ void describe(const generate_options& options) {
     return;
   }
   std::string why;
-  if (!NP_TABLEDEVICE(std::move(edges.rows), std::move(edges.columns)).write(name.c_str(), why)) throw failure(why);
+  if (!description->write(name.c_str(), why)) throw failure(why);
 }
 
 /// False when the device cannot be compressed, or would not come back; standard error says why.
@@ -73,6 +108,8 @@ int run_generate(const generate_options& options) {
   if (as == qelmodb::form::compressed && what == qelmodb::content::grid) {
     throw failure(options.out + ": not written: the name is one of a grid file, which has no compressed form");
   }
+  check_memory(options);
+  if (!options.force) check_places(options);
   const std::unique_ptr<BX_DB> db = generated(options);
   if (as == qelmodb::form::compressed && !compressed(*db, options.out)) return no;
   const progress shown("writing " + options.out);

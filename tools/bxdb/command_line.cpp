@@ -75,9 +75,13 @@ void add_generate_command(CLI::App& tool, int& status) {
       ->required();
   add_choice(command, "--form", options->form, "The form of the file", {"binary", "text", "compressed"});
   add_device_options(command, *options);
+  command.add_flag("--force", options->force,
+                   "Replace OUT even though it holds no database, and the description even though it is of another "
+                   "device or none");
   command.footer(
       "Beside OUT, when that is a regular file, stands a description of the device's rows and columns for bxdb grid, "
       "whose name ends in .npd.\n"
+      "A device that is beyond this machine's memory is refused before anything is made.\n"
       "Example: bxdb generate device.bxd --columns 40 --rows 30 --wires 80 --form text");
   command.callback([options, &status] { status = run_generate(*options); });
 }
@@ -133,6 +137,9 @@ void add_convert_command(CLI::App& tool, int& status) {
   add_cut_option(command, options->input);
   command.footer(
       "What the form cannot hold is listed, and nothing is written (status 1).\n"
+      "The description of the device beside IN, if there is one, is written beside OUT, too, unless another file "
+      "stands "
+      "there.\n"
       "Example: bxdb convert device.bxd.gz device-binary.bxd --form binary\n"
       "Example: bxdb convert device.bxd device-small.bxd --form compressed");
   command.callback([options, &status] {

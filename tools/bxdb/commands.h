@@ -19,6 +19,7 @@ struct generate_options {
   std::string names = "kind";
   std::string profile = "device";
   device_options device;
+  bool force = false;  ///< replace what is no database and no description of this device
 };
 int run_generate(const generate_options& options);
 

@@ -3,8 +3,15 @@
 
 #include "device_description.h"
 
+#include <fmt/format.h>
+
+#include <filesystem>
 #include <initializer_list>
 #include <string_view>
+
+#include "failure.h"
+#include "host.h"
+#include "text.h"
 
 namespace bxdb {
 namespace {
@@ -17,6 +24,12 @@ void drop_one_of(std::string_view& name, std::initializer_list<std::string_view>
   }
 }
 
+void write_copy(const std::string& name, const std::string& original, const NP_TABLEDEVICE& device) {
+  std::string why;
+  if (!device.write(name.c_str(), why)) throw failure(why);
+  fmt::print(stderr, "bxdb: {}: written, a copy of {}\n", printable(name), printable(original));
+}
+
 }  // namespace
 
 std::string description_beside(const std::string& file) {
@@ -24,6 +37,54 @@ std::string description_beside(const std::string& file) {
   drop_one_of(stem, {".gz", ".zst"});
   drop_one_of(stem, {".bxd", ".bxg"});
   return std::string(stem) + ".npd";
+}
+
+bool may_have_description(const std::string& output) {
+  std::error_code unknown;
+  const std::filesystem::file_status status = std::filesystem::symlink_status(path_of(output), unknown);
+  return !std::filesystem::exists(status) || std::filesystem::is_regular_file(status);
+}
+
+in_place what_stands_at(const std::string& name, const NP_TABLEDEVICE& device, std::string& why) {
+  std::error_code unknown;
+  if (!std::filesystem::exists(std::filesystem::symlink_status(path_of(name), unknown))) return in_place::nothing;
+  const std::unique_ptr<NP_TABLEDEVICE> found = NP_TABLEDEVICE::read(name.c_str(), why);
+  if (!found) return in_place::no_description;
+  return *found == device ? in_place::the_same : in_place::another_device;
+}
+
+void refuse_to_replace(const std::string& name, const NP_TABLEDEVICE& device) {
+  std::string why;
+  const in_place found = what_stands_at(name, device, why);
+  if (found == in_place::nothing || found == in_place::the_same) return;
+  const std::string reason =
+      found == in_place::another_device ? "it describes another device" : "it is no device description (" + why + ")";
+  throw failure(
+      fmt::format("{}: not replaced: {}; move it, give the output another name, or use --force", name, reason));
+}
+
+void take_description_along(const std::string& from, const std::string& to) {
+  const std::string original = description_beside(from);
+  const std::string copy = description_beside(to);
+  std::error_code unknown;
+  if (original == copy || !std::filesystem::exists(path_of(original), unknown) || !may_have_description(to)) return;
+  std::string why;
+  const std::unique_ptr<NP_TABLEDEVICE> device = NP_TABLEDEVICE::read(original.c_str(), why);
+  if (!device) {
+    fmt::print(stderr, "bxdb: {}: not written: {}\n", printable(copy), printable(why));
+    return;
+  }
+  switch (what_stands_at(copy, *device, why)) {
+    case in_place::nothing:
+      write_copy(copy, original, *device);
+      return;
+    case in_place::the_same:
+      return;
+    case in_place::another_device:
+    case in_place::no_description:
+      fmt::print(stderr, "bxdb: {}: not replaced: it is another file than {}\n", printable(copy), printable(original));
+      return;
+  }
 }
 
 }  // namespace bxdb

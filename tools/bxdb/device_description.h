@@ -6,10 +6,30 @@
 
 #include <string>
 
+#include "np_device.h"
+
 namespace bxdb {
 
 /// The name of the device description that belongs to a database or grid file: the file's name with ".npd" in
 /// place of ".bxd" or ".bxg" and the endings of packed files.
 std::string description_beside(const std::string& file);
+
+/// Whether a description is to stand beside an output: beside a regular file, which may not be there yet. Nothing
+/// stands beside a device or pipe, and a link may be one's standard output.
+bool may_have_description(const std::string& output);
+
+/// What stands at the place of a description.
+enum class in_place { nothing, the_same, another_device, no_description };
+
+/// Looks at the place where this device's description is to stand. Why tells what is wrong with a file that is no
+/// description.
+in_place what_stands_at(const std::string& name, const NP_TABLEDEVICE& device, std::string& why);
+
+/// Throws failure when the description would replace anything else.
+void refuse_to_replace(const std::string& name, const NP_TABLEDEVICE& device);
+
+/// Puts a copy of the description beside one file, if there is one, beside another, a regular one, and says so. Never
+/// replaces another file, but tells of it. Throws failure when the copy cannot be written.
+void take_description_along(const std::string& from, const std::string& to);
 
 }  // namespace bxdb

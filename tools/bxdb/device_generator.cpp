@@ -73,12 +73,14 @@ const char* leaf_name(tile_kind kind) noexcept {
   }
 }
 
+std::int64_t pins_of_leaf(const device_options& options) noexcept {
+  return std::clamp<std::int64_t>(options.wires / 8, 1, 8);
+}
+
 class device_builder {
  public:
   explicit device_builder(const device_options& options)
-      : plan_(options),
-        names_(options.names),
-        pins_(numbered_wires("P", std::clamp<std::int64_t>(options.wires / 8, 1, 8))) {}
+      : plan_(options), names_(options.names), pins_(numbered_wires("P", pins_of_leaf(options))) {}
 
   std::unique_ptr<BX_DB> build() {
     const bx_long pitch = plan_.pitch();
@@ -174,6 +176,54 @@ std::unique_ptr<BX_DB> generate_plain(const device_options& options) {
   return db;
 }
 
+// Bytes, measured; those of an instance with its place in lists, the private name that it was made with, and what the
+// heap needs for each piece.
+constexpr double instance_cost = 170.0;
+constexpr double unique_name_cost = 80.0;
+
+struct device_count {
+  double tiles = 0.0;
+  double instances = 0.0;
+  double wires = 0.0;
+};
+
+device_count count_of_plain(const device_options& options) {
+  check_plain(options);
+  const double tiles = static_cast<double>(options.columns) * static_cast<double>(options.rows);
+  return {tiles, tiles + 1, tiles * static_cast<double>(options.wires)};
+}
+
+/// The tiles of a plan, what they hold, and the wires of it.
+device_count count_of(const device_plan& plan, std::int64_t pins) {
+  std::array<std::size_t, device_plan::most_wire_lists> matrices{};
+  device_count count;
+  for (const planned_tile& tile : plan.tiles()) {
+    count.tiles += 1;
+    count.instances += 2 + tile.height;
+    for (bx_long row = 0; row < tile.height; ++row) ++matrices[plan.wire_list_at(tile.column, tile.row + row)];
+  }
+  count.wires = count.tiles * static_cast<double>(pins);
+  for (std::size_t list = 0; list < matrices.size(); ++list) {
+    if (matrices[list] == 0) continue;
+    count.wires += static_cast<double>(matrices[list]) * static_cast<double>(plan.wire_list(list).size());
+  }
+  return count;
+}
+
+/// Counts a part that is large enough to be like the whole, and as much of it as a place of the whole has.
+device_count count_of_plan(const device_options& options) {
+  constexpr std::int64_t most = 400;
+  device_plan::pitch_of(options);
+  device_options part = options;
+  part.columns = std::min(options.columns, most);
+  part.rows = std::min(options.rows, most);
+  device_count count = count_of(device_plan(part), pins_of_leaf(options));
+  const double times = static_cast<double>(options.columns) / static_cast<double>(part.columns) *
+                       (static_cast<double>(options.rows) / static_cast<double>(part.rows));
+  // All columns but the first are instances, too, and so is the root.
+  return {count.tiles * times, count.instances * times + static_cast<double>(options.columns), count.wires * times};
+}
+
 std::vector<bx_long> equal_steps(std::int64_t count, bx_long step) {
   std::vector<bx_long> edges(static_cast<std::size_t>(count) + 1);
   for (std::size_t i = 0; i < edges.size(); ++i) edges[i] = static_cast<bx_long>(i) * step;
@@ -191,8 +241,16 @@ device_edges edges_of_device(const device_options& options) {
     check_plain(options);
     return {equal_steps(options.columns * options.rows, plain_pitch), equal_steps(1, plain_pitch)};
   }
-  const device_plan plan(options);
-  return {equal_steps(plan.rows(), plan.pitch()), equal_steps(plan.columns(), plan.pitch())};
+  const bx_long pitch = device_plan::pitch_of(options);
+  return {equal_steps(options.rows, pitch), equal_steps(options.columns, pitch)};
+}
+
+device_size estimate_device(const device_options& options) {
+  const device_count count =
+      options.profile == device_profile::plain ? count_of_plain(options) : count_of_plan(options);
+  const double name = options.names == tile_names::unique ? unique_name_cost : 0.0;
+  return {count.instances, count.wires,
+          count.instances * instance_cost + count.tiles * name + count.wires * double{sizeof(BX_WIRE)}};
 }
 
 }  // namespace bxdb

@@ -20,6 +20,17 @@ namespace bxdb {
 /// "BXD__..."; only the tiles at the root's left edge are its own children.
 std::unique_ptr<BX_DB> generate_device(const device_options& options);
 
+/// What a device comes to, about.
+struct device_size {
+  double instances = 0.0;
+  double wires = 0.0;
+  double memory = 0.0;  ///< bytes of the tree
+};
+
+/// The size of the device that generate_device would make of these options, told by a part of it, in little time
+/// and memory however large that is. Throws as that does.
+device_size estimate_device(const device_options& options);
+
 /// Where the rows and columns of a device begin, and behind the last of each where it ends.
 struct device_edges {
   std::vector<bx_long> rows;

@@ -82,7 +82,7 @@ std::uint64_t device_random(std::uint64_t seed, std::uint64_t a, std::uint64_t b
   return state;
 }
 
-device_plan::device_plan(const device_options& options) : seed_(options.seed) {
+bx_long device_plan::pitch_of(const device_options& options) {
   constexpr std::int64_t most = std::numeric_limits<bx_long>::max();
   check_range("columns", options.columns, least_device_size, most);
   check_range("rows", options.rows, least_device_size, most);
@@ -92,9 +92,12 @@ device_plan::device_plan(const device_options& options) : seed_(options.seed) {
   if (std::max(options.columns, options.rows) > most / pitch) {
     throw std::invalid_argument("coordinates of a device of this size do not fit into 32 bits");
   }
+  return static_cast<bx_long>(pitch);
+}
+
+device_plan::device_plan(const device_options& options) : pitch_(pitch_of(options)), seed_(options.seed) {
   columns_ = static_cast<bx_long>(options.columns);
   rows_ = static_cast<bx_long>(options.rows);
-  pitch_ = static_cast<bx_long>(pitch);
   pairs_ = lines_ = static_cast<bx_long>(options.wires / 8);
   locals_ = static_cast<bx_long>(options.wires) - 4 * pairs_ - 2 * lines_;
   local_shift_ = static_cast<bx_long>(device_random(seed_, 0, 2) % static_cast<std::uint64_t>(locals_));

@@ -79,6 +79,9 @@ class device_plan {
   /// Number of different wire lists that a plan can have.
   static constexpr std::size_t most_wire_lists = 64;
 
+  /// The width and height of a place in a plan of these options, which is not made. Throws as that does.
+  static bx_long pitch_of(const device_options& options);
+
   /// Throws std::invalid_argument, with the reason, for options that give no device.
   explicit device_plan(const device_options& options);
 

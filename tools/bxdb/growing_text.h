@@ -20,10 +20,16 @@ namespace bxdb {
   throw failure(fmt::format("{}: {} data damaged at byte {}: {}", name, format, at, what));
 }
 
+/// What to do with data that goes beyond a limit.
+enum class beyond_limit { fails, is_left_out };
+
 /// A text that grows up to a limit.
 class growing_text {
  public:
-  growing_text(const std::string& name, std::uint64_t limit) : name_(name), limit_(limit) {}
+  growing_text(const std::string& name, std::uint64_t limit, beyond_limit rest)
+      : name_(name), limit_(limit), rest_(rest) {}
+
+  const std::string& name() const noexcept { return name_; }
 
   /// Room behind what is there already; at least one byte.
   char* room(std::size_t& size) {
@@ -32,9 +38,14 @@ class growing_text {
     return text_.data() + used_;
   }
 
-  void add(std::size_t count) {
+  /// False when no more is wanted.
+  bool add(std::size_t count) {
     used_ += count;
-    if (used_ > limit_) throw failure(fmt::format("{}: more than {} bytes unpacked; see --max-size", name_, limit_));
+    if (used_ <= limit_) return true;
+    if (rest_ == beyond_limit::fails)
+      throw failure(fmt::format("{}: more than {} bytes unpacked; see --max-size", name_, limit_));
+    used_ = static_cast<std::size_t>(limit_);
+    return false;
   }
 
   std::string take() {
@@ -52,6 +63,7 @@ class growing_text {
 
   const std::string& name_;
   std::uint64_t limit_;
+  beyond_limit rest_;
   std::string text_;
   std::size_t used_ = 0;
 };

@@ -33,9 +33,8 @@ uInt part_of(std::size_t size) noexcept {
   return static_cast<uInt>(std::min<std::size_t>(size, std::numeric_limits<uInt>::max()));
 }
 
-std::string unpack_gzip(std::string_view packed, const std::string& name, std::uint64_t limit) {
+void unpack_gzip(std::string_view packed, growing_text& text) {
   inflater gzip;
-  growing_text text(name, limit);
   std::size_t at = 0;
   for (;;) {
     std::size_t size = 0;
@@ -48,16 +47,30 @@ std::string unpack_gzip(std::string_view packed, const std::string& name, std::u
     gzip.state.avail_out = offered;
     const int result = inflate(&gzip.state, Z_NO_FLUSH);
     at += given - gzip.state.avail_in;
-    text.add(offered - gzip.state.avail_out);
+    if (!text.add(offered - gzip.state.avail_out)) return;
     if (result == Z_MEM_ERROR) throw std::bad_alloc();
     if (result == Z_STREAM_END) {
-      if (at == packed.size()) return text.take();
+      if (at == packed.size()) return;
       inflateReset(&gzip.state);  // a further member follows
       continue;
     }
-    if (result == Z_BUF_ERROR && at == packed.size()) damaged(name, "gzip", at, "it ends too early");
-    if (result != Z_OK) damaged(name, "gzip", at, gzip.state.msg != nullptr ? gzip.state.msg : "no gzip member");
+    if (result == Z_BUF_ERROR && at == packed.size()) damaged(text.name(), "gzip", at, "it ends too early");
+    if (result != Z_OK) damaged(text.name(), "gzip", at, gzip.state.msg != nullptr ? gzip.state.msg : "no gzip member");
   }
+}
+
+std::string unpacked(std::string_view packed, packing how, growing_text text) {
+  switch (how) {
+    case packing::gzip:
+      unpack_gzip(packed, text);
+      return text.take();
+    case packing::zstd:
+      unpack_zstd(packed, text);
+      return text.take();
+    case packing::none:
+      break;
+  }
+  return std::string(packed);
 }
 
 }  // namespace
@@ -89,15 +102,11 @@ packing packing_for(std::string_view name) noexcept {
 }
 
 std::string unpack(std::string_view packed, packing how, const std::string& name, std::uint64_t limit) {
-  switch (how) {
-    case packing::gzip:
-      return unpack_gzip(packed, name, limit);
-    case packing::zstd:
-      return unpack_zstd(packed, name, limit);
-    case packing::none:
-      break;
-  }
-  return std::string(packed);
+  return unpacked(packed, how, {name, limit, beyond_limit::fails});
+}
+
+std::string unpack_beginning(std::string_view packed, packing how, const std::string& name, std::size_t most) {
+  return unpacked(packed, how, {name, most, beyond_limit::is_left_out}).substr(0, most);
 }
 
 }  // namespace bxdb

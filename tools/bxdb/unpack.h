@@ -24,4 +24,7 @@ packing packing_for(std::string_view name) noexcept;
 /// ends too early, or holds more than limit bytes.
 std::string unpack(std::string_view packed, packing how, const std::string& name, std::uint64_t limit);
 
+/// The first bytes only, as many as there are, but at most so many. The data may itself be the beginning of more.
+std::string unpack_beginning(std::string_view packed, packing how, const std::string& name, std::size_t most);
+
 }  // namespace bxdb

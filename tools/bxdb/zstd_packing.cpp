@@ -8,8 +8,6 @@
 #include <array>
 #include <new>
 
-#include "growing_text.h"
-
 namespace bxdb {
 namespace {
 
@@ -37,21 +35,20 @@ class zstd_packer : public packer {
 
 }  // namespace
 
-std::string unpack_zstd(std::string_view packed, const std::string& name, std::uint64_t limit) {
+void unpack_zstd(std::string_view packed, growing_text& text) {
   const std::unique_ptr<ZSTD_DCtx, decltype(&ZSTD_freeDCtx)> context(ZSTD_createDCtx(), &ZSTD_freeDCtx);
   if (!context) throw std::bad_alloc();
-  growing_text text(name, limit);
   ZSTD_inBuffer in{packed.data(), packed.size(), 0};
   for (;;) {
     std::size_t size = 0;
     char* room = text.room(size);
     ZSTD_outBuffer out{room, size, 0};
     const std::size_t result = ZSTD_decompressStream(context.get(), &out, &in);
-    if (ZSTD_isError(result) != 0) damaged(name, "zstd", in.pos, ZSTD_getErrorName(result));
-    text.add(out.pos);
+    if (ZSTD_isError(result) != 0) damaged(text.name(), "zstd", in.pos, ZSTD_getErrorName(result));
+    if (!text.add(out.pos)) return;
     const bool all_given = in.pos == in.size;
-    if (result == 0 && all_given) return text.take();
-    if (result != 0 && all_given && out.pos < out.size) damaged(name, "zstd", in.pos, "it ends too early");
+    if (result == 0 && all_given) return;
+    if (result != 0 && all_given && out.pos < out.size) damaged(text.name(), "zstd", in.pos, "it ends too early");
   }
 }
 

@@ -4,17 +4,16 @@
 // Files packed with zstd; the only place that knows the library. A build without it throws failure from both.
 #pragma once
 
-#include <cstdint>
 #include <memory>
-#include <string>
 #include <string_view>
 
+#include "growing_text.h"
 #include "packer.h"
 
 namespace bxdb {
 
-/// As unpack.
-std::string unpack_zstd(std::string_view packed, const std::string& name, std::uint64_t limit);
+/// Unpacks all frames, or as much as the text takes.
+void unpack_zstd(std::string_view packed, growing_text& text);
 
 std::unique_ptr<packer> make_zstd_packer();
 

@@ -7,8 +7,8 @@
 
 namespace bxdb {
 
-std::string unpack_zstd(std::string_view /*packed*/, const std::string& name, std::uint64_t /*limit*/) {
-  throw failure(name + ": packed with zstd, which this build of bxdb was made without");
+void unpack_zstd(std::string_view /*packed*/, growing_text& text) {
+  throw failure(text.name() + ": packed with zstd, which this build of bxdb was made without");
 }
 
 std::unique_ptr<packer> make_zstd_packer() {
