@@ -40,6 +40,25 @@ TEST_F(BxdbGrid, IsTheReportOfTheLibrary) {
   EXPECT_TRUE(holds(report_of(db, false), "00 IO_W17   CLB_X1Y1 CLB_X2Y1"));
 }
 
+TEST_F(BxdbGrid, ControlCharactersOfNamesAreShownAsFindDoesUnlessRaw) {
+  std::vector<tile_box> tiles = six_tiles();
+  tiles[0].name = "IO\x1b[2J";
+  tiles[3].name = "LINE_END";
+  expect(0, {"convert", made("a.bxd", text_of_tiles(tiles)), file("b.bxd"), "--form", "binary"});
+  // Names of binary files end with NUL, and can hold any other character.
+  const std::string db = made("b.bxd", replaced(read_file(file("b.bxd")), "LINE_END", "\n"));
+  const std::string raw = expect(0, {"grid", db, "--raw"}).out;
+  EXPECT_EQ(raw, report_of(db, false));
+  EXPECT_TRUE(holds(raw, "\x1b"));
+  const std::string shown = expect(0, {"grid", db}).out;
+  EXPECT_FALSE(holds(shown, "\x1b"));
+  EXPECT_EQ(lines_of(shown), lines_of(raw) - 1);
+  EXPECT_TRUE(holds(shown, "IO\\x1b[2J"));
+  EXPECT_TRUE(holds(shown, "\\x0a "));
+  EXPECT_TRUE(holds(expect(0, {"grid", db, "--extrema", "IO\x1b", "CLB", "\n", "IO_"}).out, "IO\\x1b[2J("));
+  EXPECT_EQ(json_of(0, {"grid", db})["columns"], 3);
+}
+
 TEST_F(BxdbGrid, PrefixesSelectTiles) {
   const std::string db = made("a.bxd", text_of_tiles(six_tiles()));
   EXPECT_EQ(json_of(0, {"grid", db, "CLB"})["columns"], 2);

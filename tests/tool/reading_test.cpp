@@ -52,6 +52,30 @@ TEST_F(BxdbPrint, IsTheReportOfTheLibrary) {
   EXPECT_EQ(expect(0, {"print", db}).out, report.text());
 }
 
+TEST_F(BxdbPrint, ShowsControlCharactersOfNamesAsFindDoesUnlessRaw) {
+  std::string text = small_text();
+  for (const auto& [name, now] : std::vector<std::pair<std::string, std::string>>{
+           {"\"chip\"", "\"ch\x1b[2Jip\""}, {"\"RIGHT\"", "\"\x7f\""}, {"\"A$1\"", "\"A\x08$1\""}}) {
+    text = replaced(text, name, now);
+  }
+  const std::string db = made("a.bxd", text);
+  const separator kept('$');
+  BX_DB tree;
+  ASSERT_TRUE(tree.load(db.c_str()));
+  caught_report report;
+  tree.printme(0);
+  EXPECT_EQ(expect(0, {"print", db, "--raw"}).out, report.text());
+  std::string shown = report.text();
+  for (const auto& [raw, escaped] :
+       std::vector<std::pair<std::string, std::string>>{{"\x1b", "\\x1b"}, {"\x7f", "\\x7f"}, {"\x08", "\\x08"}}) {
+    shown = replaced(shown, raw, escaped);
+  }
+  EXPECT_EQ(expect(0, {"print", db}).out, shown);
+  EXPECT_TRUE(holds(shown, "\"A\\x08$1\""));
+  EXPECT_TRUE(holds(expect(0, {"find", db, "A\x08$1"}).out, "A\\x08$1"));
+  EXPECT_FALSE(holds(expect(0, {"print", db, "--grid"}).out, "\x1b"));
+}
+
 TEST_F(BxdbPrint, OfAGridIsTheGridReport) {
   const std::string db = made("a.bxd", small_text());
   BX_DB tree;

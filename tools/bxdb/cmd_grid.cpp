@@ -13,6 +13,7 @@
 #include "json_output.h"
 #include "loaded_database.h"
 #include "output_file.h"
+#include "printable_names.h"
 #include "progress.h"
 #include "report_buffer.h"
 #include "text.h"
@@ -131,18 +132,33 @@ void draw(const BX_DB& db, const BX_GRID& grid, const grid_options& options) {
   if (!options.svg.empty()) write_file(options.svg, svg);
 }
 
+/// Whether the library's report is printed.
+bool is_reported(const grid_options& options) {
+  const bool drawn = !options.png.empty() || !options.svg.empty();
+  return !options.as_json && !options.one_cell && (!drawn || options.extrema);
+}
+
+/// The options with which the same tiles are found under printable names.
+grid_options with_printable_prefixes(grid_options options) {
+  for (std::string& prefix : options.prefixes) prefix = printable(prefix);
+  return options;
+}
+
 }  // namespace
 
 int run_grid(const grid_options& options) {
   const loaded_database loaded = load_database(options.file, options.input);
-  const std::unique_ptr<BX_GRID> grid = make_tile_grid(loaded, options);
+  // The report's columns are as wide as the names that the grid is made of.
+  std::optional<printable_names> names;
+  if (is_reported(options) && !options.raw) names.emplace(*loaded.db, printable_names::of::instances);
+  const std::unique_ptr<BX_GRID> grid = make_tile_grid(loaded, names ? with_printable_prefixes(options) : options);
   if (options.one_cell) check_place(*grid, options);
   const bool drawn = !options.png.empty() || !options.svg.empty();
   if (drawn) draw(*loaded.db, *grid, options);
   if (options.one_cell) return show_cell(*loaded.db, *grid, options);
   if (options.as_json) {
     print_json_cells(*grid, options);
-  } else if (!drawn || options.extrema) {
+  } else if (is_reported(options)) {
     print_report(*grid, options);
   }
   return done;

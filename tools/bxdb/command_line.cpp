@@ -115,6 +115,7 @@ void add_print_command(CLI::App& tool, int& status) {
   const auto options = std::make_shared<print_options>();
   command.add_option("FILE", options->file, "The file")->required();
   command.add_flag("--grid", options->grid, "Print instances only, without wires, as is done for a grid file anyway");
+  command.add_flag("--raw", options->raw, "Print control characters of names as they are, and not as \\xNN");
   add_input_options(command, options->input);
   add_cut_option(command, options->input);
   command.footer("Example: bxdb print --grid device.bxd | head");
@@ -271,6 +272,7 @@ void add_grid_command(CLI::App& tool, int& status) {
   row->needs(column)->type_name("R");
   column->needs(row)->type_name("C");
   CLI::Option* extrema = command.add_flag("--extrema", options->extrema, "Print the rectangle behind each name");
+  command.add_flag("--raw", options->raw, "Print control characters of names as they are, and not as \\xNN");
   CLI::Option* as_json = command.add_flag("--json", options->as_json, "Print JSON; empty cells are left out");
   extrema->excludes(row)->excludes(as_json);
   add_grid_device_options(command, *options);

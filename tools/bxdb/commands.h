@@ -42,6 +42,7 @@ struct print_options {
   std::string file;
   input_options input;
   bool grid = false;
+  bool raw = false;  ///< names as they are, control characters too
 };
 int run_print(const print_options& options);
 
@@ -121,6 +122,7 @@ struct grid_options {
   std::string svg;
   input_options input;
   bool extrema = false;
+  bool raw = false;  ///< names in the table as they are, control characters too
   bool as_json = false;
 };
 int run_grid(const grid_options& options);
