@@ -1,6 +1,8 @@
 // SPDX-FileCopyrightText: The qelmodb authors
 // SPDX-License-Identifier: Apache-2.0
 
+#include <limits>
+
 #include "bxdb_runner.h"
 
 namespace {
@@ -48,8 +50,86 @@ TEST_F(BxdbUsage, BadUseHasStatusTwoAndSaysSoOnStandardError) {
                                                    {"generate", file("b.bxd"), "--names", "nonsense"},
                                                    {"info", db, "--max-size", "many"}}) {
     const outcome bad = expect(2, arguments);
-    EXPECT_FALSE(bad.err.empty());
+    EXPECT_TRUE(bad.err.starts_with("bxdb: ")) << bad.err;
+    EXPECT_EQ(lines_of(bad.err), 1U) << bad.err;
     EXPECT_TRUE(bad.out.empty()) << bad.out;
+  }
+}
+
+TEST_F(BxdbUsage, HelpAndVersionMayBeAskedForAsCommands) {
+  EXPECT_EQ(expect(0, {"help"}).out, expect(0, {"--help"}).out);
+  EXPECT_EQ(expect(0, {"version"}).out, expect(0, {"--version"}).out);
+  for (const std::string& command : all_commands) {
+    EXPECT_EQ(expect(0, {"help", command}).out, expect(0, {command, "--help"}).out);
+  }
+  EXPECT_EQ(expect(2, {"help", "gird"}).err,
+            "bxdb: there is no command \"gird\"; did you mean grid? (see bxdb --help)\n");
+}
+
+TEST_F(BxdbUsage, WordsThatNothingIsMadeOfAreToldWithWhatTheyMayHaveBeenMeantToBe) {
+  const std::string db = made("a.bxd", small_text());
+  const std::vector<std::pair<words, std::string>> cases = {
+      {{}, "a command is needed (see bxdb --help)"},
+      {{"inf"}, "there is no command \"inf\"; did you mean info? (see bxdb --help)"},
+      {{"ifno", db, "--json"}, "there is no command \"ifno\"; did you mean info? (see bxdb --help)"},
+      {{"gen", db}, "there is no command \"gen\"; did you mean generate? (see bxdb --help)"},
+      {{"nonsense"}, "there is no command \"nonsense\" (see bxdb --help)"},
+      {{"--versoin"}, "there is no option --versoin; did you mean --version? (see bxdb --help)"},
+      {{"info", db, "--jsn"}, "info: there is no option --jsn; did you mean --json? (see bxdb info --help)"},
+      {{"info", "--max-wirs=3"},
+       "info: there is no option --max-wirs; did you mean --max-wires? (see bxdb info --help)"},
+      {{"info", db, "--nonsense", "3"}, "info: there is no option --nonsense (see bxdb info --help)"},
+      {{"info", db, "b", "c"}, "info: \"b\" is one word too many (see bxdb info --help)"},
+      {{"info"}, "info: FILE is required (see bxdb info --help)"},
+      {{"info", db, "--max-wires"}, "info: --max-wires needs a value (see bxdb info --help)"},
+      {{"convert", db, db, "--form", "txt"},
+       "convert: --form: \"txt\" is none of text, binary, compressed; did you mean text? (see bxdb convert --help)"}};
+  for (const auto& [arguments, sentence] : cases) EXPECT_EQ(expect(2, arguments).err, "bxdb: " + sentence + "\n");
+}
+
+TEST_F(BxdbUsage, ANumberIsReadAsItIsWrittenOrRefused) {
+  const std::string db = made("a.bxd", small_text());
+  const std::string most = std::to_string(std::numeric_limits<std::int64_t>::max());
+  for (const char* bad : {"-1", "x", "", "1.5", "1e3", "0x10", " 8", "9223372036854775808", "99999999999999999999"}) {
+    EXPECT_EQ(expect(2, {"info", db, "--max-wires", bad}).err, std::string("bxdb: info: --max-wires: \"") + bad +
+                                                                   "\" is not a whole number from 0 to " + most +
+                                                                   " (see bxdb info --help)\n");
+  }
+  expect(0, {"info", db, "--max-wires", "8"});
+  expect(0, {"info", db, "--max-wires", "+008"});
+  EXPECT_TRUE(holds(expect(2, {"info", db, "--max-wires", "0000000007"}).err, "beyond the limit of 7"));
+  EXPECT_TRUE(
+      holds(expect(2, {"generate", file("b.bxd"), "--seed", "-1"}).err, "--seed: \"-1\" is not a whole number"));
+  EXPECT_TRUE(holds(expect(2, {"explain", db, "--most", "-1"}).err, "--most: \"-1\" is not a whole number from 0 to "));
+  EXPECT_TRUE(holds(expect(2, {"at", db, "2147483648", "0"}).err,
+                    "X: \"2147483648\" is not a whole number from -2147483648 to 2147483647"));
+  expect(1, {"at", db, "-2147483648", "0"});
+}
+
+TEST_F(BxdbUsage, ASizeMayHaveAFractionBeforeItsUnit) {
+  const std::string db = made("a.bxd", std::string(small_text()));
+  const auto limit_of = [&](const std::string& size) {
+    const std::string err = run({"info", db, "--max-size", size}).err;
+    const std::string before = db + ": more than ";
+    const std::size_t at = err.find(before);
+    return at == std::string::npos ? err : err.substr(at + before.size(), err.find(" bytes", at) - at - before.size());
+  };
+  EXPECT_EQ(limit_of("0.25k"), "256");
+  EXPECT_EQ(limit_of("0.25 KiB"), "256");
+  EXPECT_EQ(limit_of("0.0001M"), "104");
+  EXPECT_EQ(limit_of("010"), "10");
+  EXPECT_EQ(limit_of("12B"), "12");
+  EXPECT_EQ(limit_of("1.5G"), "");
+  EXPECT_EQ(limit_of("7.999E"), "");
+  for (const char* bad : {"-1", "-1G", "many", "1.5", "1,5G", ".5G", "1.G", "1.5.5G", "1Q", "1GiG", "G", "", "0x1"}) {
+    EXPECT_EQ(
+        expect(2, {"info", db, "--max-memory", bad}).err,
+        std::string("bxdb: info: --max-memory: \"") + bad +
+            "\" is no size: it takes a number of bytes, or a number and a unit, K, M, G, T, P or E, such as 512M or "
+            "1.5G (see bxdb info --help)\n");
+  }
+  for (const char* large : {"8E", "99999999999999999999", "99999999999999G", "9223372036854775808"}) {
+    EXPECT_TRUE(holds(expect(2, {"info", db, "--max-memory", large}).err, "is too large: sizes are below 8E")) << large;
   }
 }
 

@@ -4,39 +4,52 @@
 #include "command_line.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "bad_use.h"
 #include "commands.h"
 #include "failure.h"
+#include "option_values.h"
 #include "qelmoext.h"
 
 namespace bxdb {
 namespace {
 
+/// An option or a word whose value is a whole number in a range.
+template <class Number>
+CLI::Option* add_number(CLI::App& command, const char* name, Number& number, const char* help,
+                        Number least = std::numeric_limits<Number>::min(),
+                        Number most = std::numeric_limits<Number>::max()) {
+  const auto take = [least, most](std::string& text) {
+    return take_whole_number(text, static_cast<std::int64_t>(least), static_cast<std::uint64_t>(most));
+  };
+  return command.add_option(name, number, help)->transform(CLI::Validator(take, ""));
+}
+
 void add_limit(CLI::App& command, const char* name, std::int64_t& limit, const char* help) {
-  command.add_option(name, limit, help)->check(CLI::NonNegativeNumber)->type_name("COUNT");
+  add_number(command, name, limit, help, std::int64_t{0})->type_name("COUNT");
+}
+
+template <class Number>
+void add_size(CLI::App& command, const char* name, Number& size, const char* help) {
+  command.add_option(name, size, help)->transform(CLI::Validator(take_size, ""))->type_name("SIZE");
 }
 
 void add_input_options(CLI::App& command, input_options& options) {
   options.max_size = default_max_size();
   command.add_flag("--grid-file", options.grid_file, "Read a grid file, whatever its name (\".bxg\" is one anyway)");
-  command
-      .add_option("--max-size", options.max_size,
-                  "Largest file, unpacked, that is taken into memory, such as 512M or 4G; by default a quarter of this "
-                  "machine's memory, at most 16 GiB")
-      ->transform(CLI::AsSizeValue(false))
-      ->type_name("SIZE");
+  add_size(command, "--max-size", options.max_size,
+           "Largest file, unpacked, that is taken into memory, such as 512M or 1.5G, in powers of 1024; by default a "
+           "quarter of this machine's memory, at most 16 GiB");
   qelmodb::limits& within = options.within;
   within.memory = default_max_memory();
-  command
-      .add_option("--max-memory", within.memory,
-                  "Most memory that the tree of a file may take, which for a small compressed one can be terabytes; by "
-                  "default half of this machine's, at most 32 GiB")
-      ->transform(CLI::AsSizeValue(false))
-      ->check(CLI::NonNegativeNumber)
-      ->type_name("SIZE");
+  add_size(command, "--max-memory", within.memory,
+           "Most memory that the tree of a file may take, which for a small compressed one can be terabytes; by "
+           "default half of this machine's, at most 32 GiB");
   add_limit(command, "--max-instances", within.instances, "Most instances that a file may hold");
   add_limit(command, "--max-wires", within.wires, "Most wires that a file may hold");
   add_limit(command, "--max-names", within.names, "Most entries that a file's name table may have");
@@ -47,23 +60,30 @@ void add_cut_option(CLI::App& command, input_options& options) {
   command.add_flag("--cut", options.cut, "Cut wire names at their first \"$\" while loading, as the library does");
 }
 
-void add_choice(CLI::App& command, const char* name, std::string& choice, const char* help,
-                const std::vector<std::string>& choices) {
-  command.add_option(name, choice, help)->check(CLI::IsMember(choices))->type_name("")->capture_default_str();
+CLI::Option* add_choice(CLI::App& command, const char* name, std::string& choice, const char* help,
+                        const std::vector<std::string>& choices) {
+  const auto take = [choices](std::string& text) { return take_choice(text, choices); };
+  const std::string shown = "{" + CLI::detail::join(choices, ",") + "}";
+  return command.add_option(name, choice, help)->check(CLI::Validator(take, shown))->type_name("");
 }
 
 void add_device_options(CLI::App& command, generate_options& options) {
   device_options& device = options.device;
-  command.add_option("--columns", device.columns, "Columns of tiles, I/O ring included")->capture_default_str();
-  command.add_option("--rows", device.rows, "Rows of tiles, I/O ring included")->capture_default_str();
-  command.add_option("--wires", device.wires, "Wires of the largest switch matrix")->capture_default_str();
-  command.add_option("--seed", device.seed, "Another number gives another device")->capture_default_str();
+  add_number(command, "--columns", device.columns, "Columns of tiles, I/O ring included", std::int64_t{0})
+      ->capture_default_str();
+  add_number(command, "--rows", device.rows, "Rows of tiles, I/O ring included", std::int64_t{0})
+      ->capture_default_str();
+  add_number(command, "--wires", device.wires, "Wires of the largest switch matrix", std::int64_t{0})
+      ->capture_default_str();
+  add_number(command, "--seed", device.seed, "Another number gives another device")->capture_default_str();
   add_choice(command, "--names", options.names, "Name tiles after their kind, or each by its own name",
-             {"kind", "unique"});
+             {"kind", "unique"})
+      ->capture_default_str();
   add_choice(command, "--profile", options.profile,
              "A device with I/O ring, columns of several kinds and switch matrices; or one level of columns x rows "
              "equal tiles",
-             {"device", "plain"});
+             {"device", "plain"})
+      ->capture_default_str();
 }
 
 void add_generate_command(CLI::App& tool, int& status) {
@@ -73,7 +93,8 @@ void add_generate_command(CLI::App& tool, int& status) {
       .add_option("OUT", options->out,
                   "The file to write; packed when its name ends in .gz or .zst, a grid file when in .bxg")
       ->required();
-  add_choice(command, "--form", options->form, "The form of the file", {"binary", "text", "compressed"});
+  add_choice(command, "--form", options->form, "The form of the file", {"binary", "text", "compressed"})
+      ->capture_default_str();
   add_device_options(command, *options);
   command.add_flag("--force", options->force,
                    "Replace OUT even though it holds no database, and the description even though it is of another "
@@ -102,9 +123,9 @@ void add_check_command(CLI::App& tool, int& status) {
   const auto options = std::make_shared<check_options>();
   command.add_option("FILE", options->file, "The file")->required();
   command.add_flag("--json", options->as_json, "Print JSON");
-  command.add_option("--most", options->most_faults, "How many errors, warnings and notes, each, to describe")
-      ->capture_default_str()
-      ->check(CLI::Range(std::size_t{0}, std::size_t{1000000}));
+  add_number(command, "--most", options->most_faults, "How many errors, warnings and notes, each, to describe",
+             std::size_t{0}, std::size_t{1000000})
+      ->capture_default_str();
   add_input_options(command, options->input);
   command.footer("Notes do not count as faults.\nExample: bxdb check device.bxd");
   command.callback([options, &status] { status = run_check(*options); });
@@ -127,10 +148,9 @@ void add_convert_command(CLI::App& tool, int& status) {
   const auto options = std::make_shared<convert_options>();
   command.add_option("IN", options->in, "The file to convert; a grid file stays a grid file")->required();
   command.add_option("OUT", options->out, "The file to write; packed when its name ends in .gz or .zst")->required();
-  command.add_option("--form", options->form, "text, binary or compressed; grid files are not compressed")
-      ->required()
-      ->check(CLI::IsMember({"text", "binary", "compressed"}))
-      ->type_name("FORM");
+  add_choice(command, "--form", options->form, "The form of OUT; grid files are not compressed",
+             {"text", "binary", "compressed"})
+      ->required();
   command.add_flag("--allow-loss", options->allow_loss,
                    "Write a compressed file even though it does not give back all that IN holds; what it loses is "
                    "listed in any case");
@@ -159,13 +179,12 @@ void add_explain_command(CLI::App& tool, int& status) {
                   "The file; a compressed one is shown with the templates that it holds, any other is compressed in "
                   "memory first")
       ->required();
-  command
-      .add_option("--near", options->near_wires,
-                  "Show templates that share all but at most so many wires with another of their name")
+  add_number(command, "--near", options->near_wires,
+             "Show templates that share all but at most so many wires with another of their name", std::size_t{0},
+             std::size_t{65535})
       ->type_name("WIRES")
-      ->capture_default_str()
-      ->check(CLI::Range(std::size_t{0}, std::size_t{65535}));
-  command.add_option("--most", options->most_shown, "How many entries of each table to print; JSON has all")
+      ->capture_default_str();
+  add_number(command, "--most", options->most_shown, "How many entries of each table to print; JSON has all")
       ->capture_default_str();
   command.add_flag("--json", options->as_json, "Print JSON");
   add_input_options(command, options->input);
@@ -194,8 +213,8 @@ void add_at_command(CLI::App& tool, int& status) {
   CLI::App& command = *tool.add_subcommand("at", "Lists the instances that cover a point, outermost first");
   const auto options = std::make_shared<at_options>();
   command.add_option("FILE", options->file, "The file")->required();
-  command.add_option("X", options->x, "The point's coordinates")->required();
-  command.add_option("Y", options->y)->required();
+  add_number(command, "X", options->x, "The point's coordinates")->required();
+  add_number(command, "Y", options->y, "")->required();
   CLI::Option* wire = command.add_option("--wire", options->wire,
                                          "Show the wire of this name that a lookup at the point gives: that of the "
                                          "first instance, from the root downwards, that covers it and has one");
@@ -214,8 +233,8 @@ void add_node_command(CLI::App& tool, int& status) {
   CLI::App& command = *tool.add_subcommand("node", "Lists the wires at a node, with their instances: what meets there");
   const auto options = std::make_shared<node_options>();
   command.add_option("FILE", options->file, "The file")->required();
-  command.add_option("X", options->x, "The node's column and row")->required();
-  command.add_option("Y", options->y)->required();
+  add_number(command, "X", options->x, "The node's column and row")->required();
+  add_number(command, "Y", options->y, "")->required();
   command.add_flag("--json", options->as_json, "Print JSON");
   add_input_options(command, options->input);
   add_cut_option(command, options->input);
@@ -267,8 +286,8 @@ void add_grid_command(CLI::App& tool, int& status) {
   command.add_option("PREFIX", options->prefixes,
                      "Tiles are the instances with wires and without children (in grid files: those without children) "
                      "whose names begin with one of these; all of them when none is given");
-  CLI::Option* row = command.add_option("--row", options->row, "Show one cell only; row 0 is the topmost");
-  CLI::Option* column = command.add_option("--col", options->column, "The column of that cell; 0 is the leftmost");
+  CLI::Option* row = add_number(command, "--row", options->row, "Show one cell only; row 0 is the topmost");
+  CLI::Option* column = add_number(command, "--col", options->column, "The column of that cell; 0 is the leftmost");
   row->needs(column)->type_name("R");
   column->needs(row)->type_name("C");
   CLI::Option* extrema = command.add_flag("--extrema", options->extrema, "Print the rectangle behind each name");
@@ -307,6 +326,17 @@ void add_diff_command(CLI::App& tool, int& status) {
   command.callback([options, &status] { status = run_diff(*options); });
 }
 
+/// The words behind the program's name, with options for the commands "help", "help COMMAND" and "version".
+std::vector<std::string> arguments_of(const CLI::App& tool, const std::vector<std::string>& words) {
+  std::vector<std::string> arguments(words.empty() ? words.end() : words.begin() + 1, words.end());
+  if (arguments.empty()) return arguments;
+  if (arguments[0] == "version") arguments[0] = "--version";
+  if (arguments[0] != "help") return arguments;
+  if (arguments.size() == 1 || arguments[1].starts_with('-')) return {"--help"};
+  require_command(tool, arguments[1]);
+  return {arguments[1], "--help"};
+}
+
 }  // namespace
 
 int run_command_line(const std::vector<std::string>& words) {
@@ -318,6 +348,7 @@ int run_command_line(const std::vector<std::string>& words) {
   tool.allow_windows_style_options(false);  // a word that begins with a slash is a path, on every system
   tool.set_version_flag("--version", std::string("bxdb ") + qelmodb::version());
   tool.footer(
+      "bxdb help COMMAND is the same as bxdb COMMAND --help, and bxdb version as bxdb --version.\n"
       "Exit status: 0 done; 1 the answer is \"none\", \"different\" or \"invalid\"; 2 bad use or failure.\n"
       "Example: bxdb info device.bxd.gz");
   tool.require_subcommand(1);
@@ -334,11 +365,12 @@ int run_command_line(const std::vector<std::string>& words) {
   add_grid_command(tool, status);
   add_diff_command(tool, status);
   try {
-    // Taken from the end.
-    std::vector<std::string> arguments(words.rbegin(), words.empty() ? words.rend() : words.rend() - 1);
+    std::vector<std::string> arguments = arguments_of(tool, words);
+    std::reverse(arguments.begin(), arguments.end());  // they are taken from the end
     tool.parse(arguments);
   } catch (const CLI::ParseError& e) {
-    return tool.exit(e) == 0 ? done : failed;
+    if (e.get_exit_code() != 0) throw bad_use(tool, e);
+    tool.exit(e);  // shows what was asked for
   }
   return status;
 }

@@ -10,7 +10,7 @@
 namespace bxdb {
 
 /// Runs the command that the words ask for, of which the first is the name of the program, or shows help or version.
-/// Gives the exit status of the program; bad use is told on standard error. Throws failure when the command does.
+/// Gives the exit status of the program. Throws failure for bad use, and when the command does.
 int run_command_line(const std::vector<std::string>& words);
 
 }  // namespace bxdb
