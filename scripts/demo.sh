@@ -16,6 +16,7 @@ cmake -S . -B build/demo -G Ninja -DCMAKE_BUILD_TYPE=Release >/dev/null
 cmake --build build/demo -j "$(nproc)"
 bxdb=build/demo/bin/bxdb
 device=build/demo/device
+rm -f $device*
 
 run() {
   echo
@@ -23,7 +24,7 @@ run() {
   "$@"
 }
 run $bxdb --version
-run $bxdb generate $device.bxd --force --columns "${1:-100}" --rows "${2:-100}" --wires "${3:-100}"
+run $bxdb generate $device.bxd --columns "${1:-100}" --rows "${2:-100}" --wires "${3:-100}"
 run $bxdb convert $device.bxd $device-text.bxd --form text
 run $bxdb convert $device-text.bxd $device-back.bxd.zst --form binary
 run $bxdb check $device-back.bxd.zst

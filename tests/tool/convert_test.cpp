@@ -121,7 +121,8 @@ TEST_F(BxdbConvert, AnotherFileInTheDescriptionsPlaceStaysAndIsToldOf) {
   for (const char* other : {"NP_DEVICE:1\nrows 1 0 5\ncolumns 1 0 5\n", "a text of somebody's\n"}) {
     made("b.npd", other);
     EXPECT_EQ(expect(0, {"convert", file("a.bxd"), file("b.bxd"), "--form", "text"}).err,
-              "bxdb: " + file("b.npd") + ": not replaced: it is another file than " + file("a.npd") + "\n");
+              "bxdb: " + file("b.npd") + ": not replaced: it is another file than " + file("a.npd") +
+                  "; remove it, or copy that one there\n");
     EXPECT_EQ(read_file(file("b.npd")), other);
     expect(0, {"check", file("b.bxd")});
   }

@@ -144,8 +144,10 @@ TEST_F(BxdbGrid, TilesThatLeavePlacesFreeStandWhereADescriptionSaysOrElseWhereTh
   EXPECT_EQ(asked.err, "");
   const outcome unasked = expect(0, {"grid", db});
   EXPECT_EQ(unasked.out, told.out);
-  EXPECT_EQ(unasked.err, "bxdb: " + db + ": there is no " + file("a.npd") +
-                             ", so the device's rows and columns are those at which tiles begin\n");
+  EXPECT_EQ(unasked.err,
+            "bxdb: " + db +
+                ": there is no description of the device, so its rows and columns are those at which tiles begin "
+                "(see --device)\n");
 }
 
 TEST_F(BxdbGrid, TilesThatLeavePlacesFreeGiveNoGridWhenNothingMayBeDerived) {

@@ -70,14 +70,14 @@ std::unique_ptr<NP_TABLEDEVICE> description_of(const generate_options& options) 
 /// Throws failure when anything would be replaced that is not of the kind that is written, or that nobody named.
 void check_places(const generate_options& options) {
   refuse_to_replace_stranger(options.out);
-  if (!may_have_description(options.out)) return;
+  if (!will_be_described(options.out)) return;
   const std::unique_ptr<NP_TABLEDEVICE> description = description_of(options);
   if (description) refuse_to_replace(description_beside(options.out), *description);
 }
 
 /// Writes the description of the device beside the database, for grids.
 void describe(const generate_options& options) {
-  if (!may_have_description(options.out)) return;
+  if (!is_described(options.out)) return;
   const std::string name = description_beside(options.out);
   const std::unique_ptr<NP_TABLEDEVICE> description = description_of(options);
   if (!description) {

@@ -39,10 +39,14 @@ std::string description_beside(const std::string& file) {
   return std::string(stem) + ".npd";
 }
 
-bool may_have_description(const std::string& output) {
+bool is_described(const std::string& output) {
   std::error_code unknown;
-  const std::filesystem::file_status status = std::filesystem::symlink_status(path_of(output), unknown);
-  return !std::filesystem::exists(status) || std::filesystem::is_regular_file(status);
+  return std::filesystem::is_regular_file(std::filesystem::symlink_status(path_of(output), unknown));
+}
+
+bool will_be_described(const std::string& output) {
+  std::error_code unknown;
+  return is_described(output) || !std::filesystem::exists(std::filesystem::symlink_status(path_of(output), unknown));
 }
 
 in_place what_stands_at(const std::string& name, const NP_TABLEDEVICE& device, std::string& why) {
@@ -67,7 +71,7 @@ void take_description_along(const std::string& from, const std::string& to) {
   const std::string original = description_beside(from);
   const std::string copy = description_beside(to);
   std::error_code unknown;
-  if (original == copy || !std::filesystem::exists(path_of(original), unknown) || !may_have_description(to)) return;
+  if (original == copy || !std::filesystem::exists(path_of(original), unknown) || !is_described(to)) return;
   std::string why;
   const std::unique_ptr<NP_TABLEDEVICE> device = NP_TABLEDEVICE::read(original.c_str(), why);
   if (!device) {
@@ -82,7 +86,8 @@ void take_description_along(const std::string& from, const std::string& to) {
       return;
     case in_place::another_device:
     case in_place::no_description:
-      fmt::print(stderr, "bxdb: {}: not replaced: it is another file than {}\n", printable(copy), printable(original));
+      fmt::print(stderr, "bxdb: {}: not replaced: it is another file than {}; remove it, or copy that one there\n",
+                 printable(copy), printable(original));
       return;
   }
 }

@@ -14,9 +14,12 @@ namespace bxdb {
 /// place of ".bxd" or ".bxg" and the endings of packed files.
 std::string description_beside(const std::string& file);
 
-/// Whether a description is to stand beside an output: beside a regular file, which may not be there yet. Nothing
-/// stands beside a device or pipe, and a link may be one's standard output.
-bool may_have_description(const std::string& output);
+/// Whether a description is to stand beside an output that was written: beside a regular file. Nothing stands beside a
+/// device or pipe, and a link may be one's standard output.
+bool is_described(const std::string& output);
+
+/// The same of an output that is going to be written, which may not be there yet.
+bool will_be_described(const std::string& output);
 
 /// What stands at the place of a description.
 enum class in_place { nothing, the_same, another_device, no_description };

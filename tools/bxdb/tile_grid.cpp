@@ -103,8 +103,8 @@ class grid_maker {
     if (!device) return needed(nullptr, {});
     if (options_.derivation == deriving::never) return needed(nullptr, " (see --device and --derive-device)");
     grid = needed(grid_with(device.get()), {});
-    note("there is no " + description_beside(options_.file) +
-         ", so the device's rows and columns are those at which tiles begin");
+    note(
+        "there is no description of the device, so its rows and columns are those at which tiles begin (see --device)");
     return grid;
   }
 
