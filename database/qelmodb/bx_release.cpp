@@ -99,7 +99,8 @@ class BX_INSTANCE::destroyer {
 
   // The work that is just deleting this very instance; null when it is deleted by somebody else.
   static destroyer* of(const BX_INSTANCE& inst) noexcept {
-    return at_work_ != nullptr && at_work_->in_hand_ == &inst ? at_work_ : nullptr;
+    destroyer* const work = at_work();
+    return work != nullptr && work->in_hand_ == &inst ? work : nullptr;
   }
 
   // Does the same for the instance in hand, its children later where that can be.
@@ -127,11 +128,11 @@ class BX_INSTANCE::destroyer {
 
   // The client's destructor may destroy other trees meanwhile.
   void destroy_derived(BX_INSTANCE* inst) {
-    destroyer* const outer = std::exchange(at_work_, this);
+    destroyer* const outer = std::exchange(at_work(), this);
     BX_INSTANCE* const outer_inst = std::exchange(in_hand_, inst);
     delete inst;
     in_hand_ = outer_inst;
-    at_work_ = outer;
+    at_work() = outer;
   }
 
   // Deletes the subtree below an instance, leaves first. The way back up is kept in the tree itself: the place of the
@@ -173,7 +174,11 @@ class BX_INSTANCE::destroyer {
     }
   }
 
-  static inline thread_local destroyer* at_work_ = nullptr;
+  // The one that is deleting an instance of a derived class on this thread.
+  static destroyer*& at_work() noexcept {
+    static thread_local destroyer* work = nullptr;
+    return work;
+  }
 
   name_releaser names_;
   std::vector<BX_INSTANCE*> left_;  // to be destroyed; some are null
