@@ -13,6 +13,7 @@
 #include "device_description.h"
 #include "device_generator.h"
 #include "failure.h"
+#include "file_names.h"
 #include "host.h"
 #include "input_file.h"
 #include "output_file.h"
@@ -30,17 +31,18 @@ device_options complete(const generate_options& options) {
 }
 
 std::unique_ptr<BX_DB> generated(const generate_options& options) {
-  const progress shown("generating " + options.out);
+  const progress shown("generating " + shown_output(options.out));
   try {
     return generate_device(complete(options));
   } catch (const std::invalid_argument& e) {
-    throw failure(options.out + ": not written: " + e.what());
+    throw failure(shown_output(options.out) + ": not written: " + e.what());
   }
 }
 
 /// Writes the description of the device beside the database, for grids. Nothing stands beside a device or pipe,
 /// and a link may be one's standard output.
 void describe(const generate_options& options) {
+  if (is_standard_stream(options.out)) return;
   std::error_code unknown;
   if (!std::filesystem::is_regular_file(std::filesystem::symlink_status(path_of(options.out), unknown))) return;
   const std::string name = description_beside(options.out);
@@ -73,9 +75,10 @@ int run_generate(const generate_options& options) {
   if (as == qelmodb::form::compressed && what == qelmodb::content::grid) {
     throw failure(options.out + ": not written: the name is one of a grid file, which has no compressed form");
   }
+  if (!is_standard_stream(options.out)) refuse_same_outputs(options.out, description_beside(options.out));
   const std::unique_ptr<BX_DB> db = generated(options);
-  if (as == qelmodb::form::compressed && !compressed(*db, options.out)) return no;
-  const progress shown("writing " + options.out);
+  if (as == qelmodb::form::compressed && !compressed(*db, shown_output(options.out))) return no;
+  const progress shown("writing " + shown_output(options.out));
   output_file out(options.out, packing_for(options.out));
   if (!qelmodb::dump(*db, out.stream(), as, what)) out.stream().fail();
   out.commit();

@@ -10,6 +10,7 @@
 #include "commands.h"
 #include "device_description.h"
 #include "failure.h"
+#include "file_names.h"
 #include "grid_picture.h"
 #include "host.h"
 #include "json_output.h"
@@ -43,14 +44,21 @@ std::string file_name_of(const std::string& path) {
 /// The description that the options name, or else the one that stands beside the file; empty when there is none.
 std::string description_for(const grid_options& options) {
   if (!options.device.empty()) return options.device;
+  if (is_standard_stream(options.file)) return {};
   std::string beside = description_beside(options.file);
   std::error_code unknown;
   return std::filesystem::exists(path_of(beside), unknown) ? beside : std::string();
 }
 
-std::unique_ptr<NP_TABLEDEVICE> read_description(const std::string& name) {
+std::unique_ptr<NP_TABLEDEVICE> read_description(const std::string& name, std::uint64_t max_size) {
   std::string why;
-  auto device = NP_TABLEDEVICE::read(name.c_str(), why);
+  std::unique_ptr<NP_TABLEDEVICE> device;
+  if (is_standard_stream(name)) {
+    UT_MEMFILE file(read_input_bytes(name, max_size));
+    device = NP_TABLEDEVICE::read(file, shown_input(name).c_str(), why);
+  } else {
+    device = NP_TABLEDEVICE::read(name.c_str(), why);
+  }
   if (!device) throw failure(why);
   return device;
 }
@@ -63,7 +71,7 @@ class grid_maker {
 
   /// Throws failure, with the reason, when the tiles give no grid.
   std::unique_ptr<BX_GRID> make() {
-    const progress shown("arranging the tiles of " + options_.file);
+    const progress shown("arranging the tiles of " + shown_input(options_.file));
     std::string why;
     std::unique_ptr<BX_GRID> grid;
     if (choose_device(why)) {
@@ -71,7 +79,7 @@ class grid_maker {
       grid = qelmodb::make_grid(db_, prefixes_.data(), which_, why);
       db_.setdevice(nullptr);
     }
-    if (!grid) throw failure(fmt::format("{}: no grid: {}{}", options_.file, why, hint()));
+    if (!grid) throw failure(fmt::format("{}: no grid: {}{}", shown_input(options_.file), why, hint()));
     return grid;
   }
 
@@ -83,7 +91,7 @@ class grid_maker {
       return device_ != nullptr;
     }
     description_ = description_for(options_);
-    if (!description_.empty()) device_ = read_description(description_);
+    if (!description_.empty()) device_ = read_description(description_, options_.input.max_size);
     return true;
   }
 
@@ -110,8 +118,8 @@ void check_place(const BX_GRID& grid, const grid_options& options) {
       options.column < grid.getnumcols()) {
     return;
   }
-  throw failure(fmt::format("{}: no row {}, column {}: the grid has {} and {}, counted from 0", options.file,
-                            options.row, options.column, counted(grid.getnumrows(), "row"),
+  throw failure(fmt::format("{}: no row {}, column {}: the grid has {} and {}, counted from 0",
+                            shown_input(options.file), options.row, options.column, counted(grid.getnumrows(), "row"),
                             counted(grid.getnumcols(), "column")));
 }
 
@@ -164,7 +172,7 @@ int show_cell(const BX_DB& db, const BX_GRID& grid, const grid_options& options)
     print_cell(db, *cell);
   }
   if (!empty) return done;
-  fmt::print(stderr, "{}: no tile in row {}, column {}\n", printable(options.file), row, column);
+  fmt::print(stderr, "{}: no tile in row {}, column {}\n", printable(shown_input(options.file)), row, column);
   return no;
 }
 
@@ -188,7 +196,7 @@ void print_report(const BX_GRID& grid, const grid_options& options) {
 // ---- what is drawn
 
 void write_file(const std::string& name, const std::string& bytes) {
-  const progress shown("writing " + name);
+  const progress shown("writing " + shown_output(name));
   output_file out(name, packing_for(name));
   write_all(out.stream(), bytes.data(), bytes.size());
   out.commit();
@@ -198,23 +206,47 @@ void draw(const BX_DB& db, const BX_GRID& grid, const grid_options& options) {
   std::string png;
   std::string svg;
   {
-    const progress shown("drawing the grid of " + options.file);
-    const std::string name = file_name_of(options.file);
+    const progress shown("drawing the grid of " + shown_input(options.file));
+    const std::string name = file_name_of(shown_input(options.file));
     const grid_picture picture(db, grid, name);
     if (!options.png.empty()) png = picture.png();
     if (!options.svg.empty()) svg = picture.svg();
   }
   if (!options.png.empty()) write_file(options.png, png);
+  // Names that differ in more than one way can be one file all the same, which is known when that exists.
+  if (!options.png.empty() && !options.svg.empty()) refuse_same_outputs(options.png, options.svg);
   if (!options.svg.empty()) write_file(options.svg, svg);
+}
+
+/// The names of the pictures that are asked for.
+std::vector<std::string> pictures_of(const grid_options& options) {
+  std::vector<std::string> names;
+  if (!options.png.empty()) names.push_back(options.png);
+  if (!options.svg.empty()) names.push_back(options.svg);
+  return names;
+}
+
+/// Throws failure when an output would destroy an input or another output.
+void check_files(const grid_options& options) {
+  if (!options.device.empty()) refuse_same_streams(options.file, options.device);
+  const std::vector<std::string> pictures = pictures_of(options);
+  if (pictures.size() == 2) refuse_same_outputs(pictures[0], pictures[1]);
+  for (const std::string& picture : pictures) {
+    refuse_input_as_output(options.file, picture);
+    if (!options.device.empty()) refuse_input_as_output(options.device, picture);
+    refuse_description_as_output(options.file, picture);
+    if (options.as_json || options.one_cell || options.extrema) refuse_standard_output(picture);
+  }
 }
 
 }  // namespace
 
 int run_grid(const grid_options& options) {
+  check_files(options);
   const loaded_database loaded = load_database(options.file, options.input);
   const std::unique_ptr<BX_GRID> grid = grid_maker(loaded, options).make();
   if (options.one_cell) check_place(*grid, options);
-  const bool drawn = !options.png.empty() || !options.svg.empty();
+  const bool drawn = !pictures_of(options).empty();
   if (drawn) draw(*loaded.db, *grid, options);
   if (options.one_cell) return show_cell(*loaded.db, *grid, options);
   if (options.as_json) {

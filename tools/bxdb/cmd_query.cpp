@@ -9,6 +9,7 @@
 
 #include "commands.h"
 #include "failure.h"
+#include "file_names.h"
 #include "json_output.h"
 #include "loaded_database.h"
 #include "query_answers.h"
@@ -54,6 +55,9 @@ std::string query_help() {
 }
 
 int run_query(const query_options& options) {
+  constexpr const char* questions = "-";
+  refuse_same_streams(options.file, questions);
+  refuse_printing_into(questions);
   const loaded_database loaded = load_database(options.file, options.input);
   const qelmodb::tree_index index = index_of(loaded);
   query_answers answers(index);
