@@ -50,9 +50,11 @@ std::string read_bytes(std::FILE* file, const std::string& name, std::size_t exp
   }
 }
 
-qelmodb::content content_of(const input_file& file, const input_options& options) {
-  if (options.grid_file || is_grid_name(file.name)) return qelmodb::content::grid;
-  return qelmodb::detect_content(file.bytes);
+void find_content(input_file& file, const input_options& options) {
+  const bool is_grid = options.grid_file || is_grid_name(file.name);
+  const std::optional<qelmodb::content> told = is_grid ? qelmodb::content::grid : qelmodb::find_content(file.bytes);
+  file.is_certain = told.has_value();
+  file.what = told.value_or(qelmodb::content::database);
 }
 
 }  // namespace
@@ -73,7 +75,7 @@ std::string read_input_bytes(const std::string& name, std::uint64_t limit) {
   return read_bytes(file.get(), name, expected_size(name, limit), limit);
 }
 
-input_file read_input(const std::string& name, const input_options& options) {
+input_file read_packed_input(const std::string& name, const input_options& options) {
   input_file file;
   file.name = shown_input(name);
   const progress shown("reading " + file.name);
@@ -81,8 +83,19 @@ input_file read_input(const std::string& name, const input_options& options) {
   file.bytes = read_input_bytes(name, options.max_size);
   file.size_on_disk = file.bytes.size();
   file.packed = packing_of(file.bytes);
+  return file;
+}
+
+void unpack_input(input_file& file, const input_options& options) {
+  const progress shown("unpacking " + file.name);
   if (file.packed != packing::none) file.bytes = unpack(file.bytes, file.packed, file.name, options.max_size);
-  file.what = content_of(file, options);
+  file.is_unpacked = true;
+  find_content(file, options);
+}
+
+input_file read_input(const std::string& name, const input_options& options) {
+  input_file file = read_packed_input(name, options);
+  unpack_input(file, options);
   return file;
 }
 
