@@ -88,8 +88,6 @@ TEST_F(BxdbSameFiles, AConversionMayReplaceItsInputUnderAnyOfItsNames) {
     expect(0, {"convert", db, name, "--form", "text"});
     EXPECT_EQ(read_file(name), small_text());
   }
-  EXPECT_EQ(run({"convert", "-", db, "--form", "text"}, db).status, 0);
-  EXPECT_EQ(read_file(db), small_text());
 }
 
 }  // namespace

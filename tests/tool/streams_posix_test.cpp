@@ -78,6 +78,12 @@ TEST_F(BxdbStreams, OtherHandlesAreWrittenToo) {
   EXPECT_TRUE(holds(closed.err, "/dev/fd/7: cannot open for writing: ")) << closed.err;
 }
 
+TEST_F(BxdbStreams, AConversionMayReplaceTheFileThatStandardInputIs) {
+  made("a.bxd", small_text());
+  expect_shell(0, "$bxdb convert - a.bxd --form binary < a.bxd && $bxdb convert - a.bxd --form text < a.bxd");
+  EXPECT_EQ(read_file(file("a.bxd")), small_text());
+}
+
 TEST_F(BxdbStreams, NoOutputGoesIntoItsOwnInput) {
   made("a.bxd", small_text());
   for (const std::string& out : handles) {
