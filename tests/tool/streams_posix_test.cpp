@@ -2,8 +2,10 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // What the shell puts in the place of files: pipes, handles, terminals, nothing at all.
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <cstdlib>
@@ -67,6 +69,23 @@ TEST_F(BxdbStreams, NamedPipesAreWrittenAndRead) {
   expect_shell(0, "cat a.bxd > pipe & $bxdb diff pipe a.bxd");
   EXPECT_TRUE(fs::is_fifo(file("pipe")));
   EXPECT_TRUE(holds(expect_shell(2, "$bxdb diff pipe pipe").err, "pipe: cannot be read twice"));
+}
+
+TEST_F(BxdbStreams, OneSocketMayBeInputAndOutput) {
+  int ends[2];
+  ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends), 0);
+  const std::string text = small_text();
+  ASSERT_EQ(write(ends[0], text.data(), text.size()), static_cast<ssize_t>(text.size()));
+  shutdown(ends[0], SHUT_WR);
+  expect_shell(0, "$bxdb convert - - --form text <&" + std::to_string(ends[1]) + " >&" + std::to_string(ends[1]));
+  close(ends[1]);
+  std::string got;
+  char bytes[4096];
+  for (ssize_t count = 0; (count = read(ends[0], bytes, sizeof bytes)) > 0;) {
+    got.append(bytes, static_cast<std::size_t>(count));
+  }
+  close(ends[0]);
+  EXPECT_EQ(got, text);
 }
 
 TEST_F(BxdbStreams, OtherHandlesAreWrittenToo) {

@@ -48,7 +48,8 @@ std::string shown_input(const std::string& name) { return is_standard_stream(nam
 std::string shown_output(const std::string& name) { return is_standard_stream(name) ? "standard output" : name; }
 
 bool is_same_file(const std::string& input, const std::string& output) {
-  return is_one_file(identity(input, stdin), identity(output, stdout));
+  const std::optional<file_identity> read = identity(input, stdin);
+  return is_one_file(read, identity(output, stdout)) && read->is_regular;
 }
 
 void refuse_input_as_output(const std::string& input, const std::string& output) {
@@ -83,8 +84,7 @@ void refuse_standard_output(const std::string& output) {
 }
 
 void refuse_printing_into(const std::string& input) {
-  const std::optional<file_identity> read = identity(input, stdin);
-  if (!is_one_file(read, identity_of(stdout)) || !read->is_regular) return;
+  if (!is_same_file(input, "-")) return;
   throw failure(
       fmt::format("{}: standard output goes into this file, which is read; send it elsewhere", shown_input(input)));
 }

@@ -16,7 +16,7 @@ bool is_standard_stream(std::string_view name) noexcept;
 std::string shown_input(const std::string& name);
 std::string shown_output(const std::string& name);
 
-/// Whether an input and an output are the same file, however their names are spelled.
+/// Whether an input and an output are the same regular file, however their names are spelled. One socket may be both.
 bool is_same_file(const std::string& input, const std::string& output);
 
 /// Throws failure when the output is the input.
