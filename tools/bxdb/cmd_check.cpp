@@ -50,8 +50,8 @@ std::string described(const input_file& input, const qelmodb::check_report& repo
   if (report.foreign_kind != nullptr) return fmt::format("not a BX_DB file, it is {}", report.foreign_kind);
   if (!is_form_known(report)) return input.bytes.starts_with("BX_DB:") ? "undetermined file" : "not a BX_DB file";
   const std::string form = qelmodb::to_string(report.file_form);
-  const std::string file = input.is_certain ? fmt::format("{} {} file", form, qelmodb::to_string(content_of(report)))
-                                            : form + " file, undetermined whether database or grid";
+  std::string file = input.is_certain ? fmt::format("{} {} file", form, qelmodb::to_string(content_of(report)))
+                                      : form + " file, undetermined whether database or grid";
   if (report.is_other_content) return file;
   return fmt::format("{}, {}, {}", file, counted(report.instances, "instance"), counted(report.wires, "wire"));
 }
