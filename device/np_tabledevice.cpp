@@ -122,7 +122,13 @@ std::unique_ptr<NP_TABLEDEVICE> NP_TABLEDEVICE::read(const char* filename, std::
     why = ut_file->geterror();
     return nullptr;
   }
-  word_reader words(filename, file);
+  std::unique_ptr<NP_TABLEDEVICE> device = read(file, filename, why);
+  ut_file->rm_ofile(&file);
+  return device;
+}
+
+std::unique_ptr<NP_TABLEDEVICE> NP_TABLEDEVICE::read(UT_STREAM& file, const char* name, std::string& why) {
+  word_reader words(name, file);
   std::vector<bx_long> rows;
   std::vector<bx_long> columns;
   std::string rest;
@@ -133,7 +139,6 @@ std::unique_ptr<NP_TABLEDEVICE> NP_TABLEDEVICE::read(const char* filename, std::
     good = !words.word(rest) && rest.empty();
     if (!good) why = words.fault("the end of the file");
   }
-  ut_file->rm_ofile(&file);
   return good ? std::make_unique<NP_TABLEDEVICE>(std::move(rows), std::move(columns)) : nullptr;
 }
 

@@ -61,6 +61,8 @@ UT_PTRFILE* UT_FILEMANAGER::add_ofile(const char* name, UT_ACCESS access, UT_PTR
   return stream;
 }
 
+bool UT_FILEMANAGER::is_stream(const char* name) { return UT_OSFILE::is_stream(ut_text(name)); }
+
 bool UT_FILEMANAGER::rm_ofile(UT_PTRFILE* stream) {
   if (stream == nullptr || stream->manager_ != this) return false;
   left_.erase(std::remove(left_.begin(), left_.end(), stream), left_.end());

@@ -23,7 +23,12 @@ class UT_OSFILE {
   /// Null and a fault when the file cannot be read, or is a directory.
   static std::unique_ptr<UT_OSFILE> open_read(const std::string& name, fault& why);
 
-  /// Opens for writing: with replace to a temporary file beside a regular target, else in place.
+  /// Whether the name leads to what is written directly, and never replaced: a pipe, a socket, a device, or a handle
+  /// that a process has open, such as /dev/stdout, whatever stands behind the handle.
+  static bool is_stream(const std::string& name);
+
+  /// Opens for writing: with replace to a temporary file beside a regular target, else in place. A stream is written on
+  /// from where it is.
   static std::unique_ptr<UT_OSFILE> open_write(const std::string& name, bool replace, fault& why);
 
   /// Closes; a temporary file that was not committed is removed.

@@ -2,11 +2,14 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <fcntl.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
+#include <charconv>
 #include <climits>
 #include <cstring>
 #include <limits>
@@ -50,17 +53,78 @@ bool sync_file(int handle) noexcept {
 // Interrupted it closes all the same, and another thread may have a file of this number by then.
 bool close_file(int handle) noexcept { return ::close(handle) == 0 || errno == EINTR; }
 
-// The file that a name leads to behind symbolic links, whether or not it exists.
-std::string resolved(std::string name) {
-  constexpr int most_links = 40;
-  char link[PATH_MAX];
-  for (int links = 0; links < most_links; ++links) {
-    const ssize_t length = ::readlink(name.c_str(), link, sizeof link);
-    if (length <= 0 || length == static_cast<ssize_t>(sizeof link)) break;
-    name = link[0] == '/' ? std::string() : folder_of(name);
-    name.append(link, static_cast<std::size_t>(length));
+// Whether the path is a link that the system makes up for what a process has open, as in /proc/self/fd. Reading such a
+// link gives a text for people: no name at all for a pipe, and for a file one that would be replaced behind the back of
+// everyone who has it open.
+bool is_handle_link(const std::string& path) noexcept {
+  struct stat link {};
+  struct stat made_up {};
+  return ::lstat(path.c_str(), &link) == 0 && S_ISLNK(link.st_mode) && ::lstat("/proc/self", &made_up) == 0 &&
+         link.st_dev == made_up.st_dev;
+}
+
+// What a name leads to behind symbolic links, whether or not it exists.
+struct destination {
+  explicit destination(const std::string& name) : path(name) {
+    follow_links();
+    exists = ::stat(path.c_str(), &status) == 0;
   }
-  return name;
+
+  bool is_folder() const noexcept { return exists && S_ISDIR(status.st_mode); }
+  bool is_stream() const noexcept { return is_handle || (exists && !S_ISREG(status.st_mode) && !is_folder()); }
+
+  std::string path;
+  bool is_handle = false;
+  bool exists = false;
+  struct stat status {};
+
+ private:
+  void follow_links() {
+    constexpr int most_links = 40;
+    char link[PATH_MAX];
+    for (int links = 0; links < most_links; ++links) {
+      is_handle = is_handle_link(path);
+      if (is_handle) return;
+      const ssize_t length = ::readlink(path.c_str(), link, sizeof link);
+      if (length <= 0 || length == static_cast<ssize_t>(sizeof link)) return;
+      path = link[0] == '/' ? std::string() : folder_of(path);
+      path.append(link, static_cast<std::size_t>(length));
+    }
+  }
+};
+
+// The number of the handle, of this process, that the path stands for; -1 when it is none of these.
+int own_handle(const destination& to) noexcept {
+  const char* end = to.path.data() + to.path.size();
+  int number = -1;
+  const auto [stop, error] = std::from_chars(to.path.data() + to.path.rfind('/') + 1, end, number);
+  struct stat open {};
+  if (error != std::errc() || stop != end || number < 0 || ::fstat(number, &open) != 0) return -1;
+  return open.st_dev == to.status.st_dev && open.st_ino == to.status.st_ino ? number : -1;
+}
+
+int connect_to(const std::string& path) noexcept {
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  if (path.size() >= sizeof address.sun_path) {
+    errno = ENAMETOOLONG;
+    return -1;
+  }
+  path.copy(address.sun_path, path.size());
+  const int handle = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  if (handle < 0 || ::connect(handle, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) return handle;
+  const int error = errno;
+  close_file(handle);
+  errno = error;
+  return -1;
+}
+
+// A handle of this process is taken as it is: with its place in the file, and appending when it does.
+int open_stream(const destination& to) noexcept {
+  const int handle = to.is_handle ? own_handle(to) : -1;
+  if (handle >= 0) return ::fcntl(handle, F_DUPFD_CLOEXEC, 0);
+  if (S_ISSOCK(to.status.st_mode)) return connect_to(to.path);
+  return open_file(to.path.c_str(), O_WRONLY | O_NOCTTY | (S_ISREG(to.status.st_mode) ? O_APPEND : 0));
 }
 
 // Opens a new file of its own in the target's folder. Its name does not grow with the target's, which
@@ -98,27 +162,27 @@ std::unique_ptr<UT_OSFILE> UT_OSFILE::open_read(const std::string& name, fault& 
   return file;
 }
 
+bool UT_OSFILE::is_stream(const std::string& name) { return destination(name).is_stream(); }
+
 std::unique_ptr<UT_OSFILE> UT_OSFILE::open_write(const std::string& name, bool replace, fault& why) {
   constexpr const char* what = "cannot open for writing";
-  const std::string target = resolved(name);
-  struct stat status {};
-  const bool exists = ::stat(target.c_str(), &status) == 0;
-  if (target.empty()) return refuse(why, name, what, ENOENT);
-  if (exists && S_ISDIR(status.st_mode)) return refuse(why, name, what, EISDIR);
-  if (exists && ::access(target.c_str(), W_OK) != 0) return refuse(why, name, what, errno);
+  const destination to(name);
+  if (to.path.empty()) return refuse(why, name, what, ENOENT);
+  if (to.is_folder()) return refuse(why, name, what, EISDIR);
+  if (to.exists && !to.is_handle && ::access(to.path.c_str(), W_OK) != 0) return refuse(why, name, what, errno);
   std::unique_ptr<UT_OSFILE> file(new UT_OSFILE(name));
-  if (!replace || (exists && !S_ISREG(status.st_mode))) {
-    file->handle_ = open_file(target.c_str(), O_WRONLY | O_CREAT | O_TRUNC);
+  if (!replace || to.is_stream()) {
+    file->handle_ = to.is_stream() ? open_stream(to) : open_file(to.path.c_str(), O_WRONLY | O_CREAT | O_TRUNC);
     if (file->handle_ < 0) return refuse(why, name, what, errno);
     return file;
   }
-  file->target_ = target;
+  file->target_ = to.path;
   std::filesystem::path temporary;
-  const int handle = create_temporary(target, temporary);
+  const int handle = create_temporary(to.path, temporary);
   if (handle < 0) return refuse(why, name, what, errno);
   file->handle_ = handle;
   file->temporary_.swap(temporary);
-  if (exists && ::fchmod(handle, status.st_mode & 07777) != 0) return refuse(why, name, what, errno);
+  if (to.exists && ::fchmod(handle, to.status.st_mode & 07777) != 0) return refuse(why, name, what, errno);
   return file;
 }
 

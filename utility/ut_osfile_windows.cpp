@@ -143,6 +143,13 @@ std::unique_ptr<UT_OSFILE> UT_OSFILE::open_read(const std::string& name, fault& 
   return read;
 }
 
+bool UT_OSFILE::is_stream(const std::string& name) {
+  std::wstring path;
+  standing there;
+  return full_path(name, path) && look_at(path, there) && there.exists && !there.is_regular &&
+         (there.attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+}
+
 std::unique_ptr<UT_OSFILE> UT_OSFILE::open_write(const std::string& name, bool replace, fault& why) {
   const auto refused = [&](DWORD error) { return refuse(why, name, cannot_open_to_write, error); };
   std::wstring target;

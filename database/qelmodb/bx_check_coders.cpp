@@ -55,6 +55,15 @@ std::string bx_printable(std::string_view text) {
   return result;
 }
 
+std::uint32_t bx_name_counter::search(std::string_view name) {
+  const auto next = static_cast<std::uint32_t>(entries_.size());
+  const std::uint32_t number = numbers_.find_or_add(
+      numbers_.hash_of(name), next, [this, name](std::uint32_t known) { return entries_[known].text == name; });
+  if (number == next) entries_.push_back({name});
+  entries_[last_].next = number;
+  return number;
+}
+
 std::int64_t bx_check_context::line_at(std::size_t offset) {
   if (!counts_lines) return 0;
   if (offset < line_start_) {
@@ -87,7 +96,9 @@ bool bx_check_context::report_progress() {
   next_report_ = at_ + step;
   if (!options_.report) return true;
   const auto whole = static_cast<std::int64_t>(bytes_.size());
-  return options_.report({"checking", static_cast<std::int64_t>(at_), whole}) || fail(at_, "the check was cancelled");
+  if (options_.report({"checking", static_cast<std::int64_t>(at_), whole})) return true;
+  was_cancelled = true;
+  return fail(at_, "the check was cancelled");
 }
 
 bool bx_check_context::justified(std::size_t start, const char* label, bx_long count, int least_size,
@@ -173,6 +184,7 @@ bool bx_text_checker::name(bx_check_record& record) {
   if (record.name.find('\0') != std::string_view::npos)
     return context_.fail(context_.at(), "the name holds a NUL byte");
   if (line_end < quote) context_.add(severity::warning, context_.at(), "the name holds a line end");
+  context_.different_names.add(record.name);
   context_.advance(quote + 1);
   return true;
 }
@@ -296,10 +308,10 @@ bool bx_binary_checker::name_table() {
     std::string_view text;
     if (!string("name", bx_key_size, text)) return false;
     context_.keeps_name(text);
-    const auto [known, added] = table_.emplace(address, text);
-    if (!added && known->second != text) {
+    const auto [known, added] = table_.emplace(address, known_name{text});
+    if (!added && known->second.text != text) {
       context_.add(severity::warning, entry, neoform("name %d has the address of an earlier one, which is lost", i));
-      known->second = text;
+      known->second.text = text;
     }
     if (text.find('"') != std::string_view::npos) {
       context_.add(severity::note, entry, "the name holds a double quote, which no text file can");
@@ -322,7 +334,11 @@ bool bx_binary_checker::reference(std::string_view& text, bool is_root) {
   const std::uint64_t address = bx_decode(bytes, 8);
   const auto known = table_.find(address);
   if (known != table_.end()) {
-    text = known->second;
+    text = known->second.text;
+    if (!known->second.is_used) {
+      known->second.is_used = true;
+      context_.different_names.add(text);
+    }
     return true;
   }
   text = {};

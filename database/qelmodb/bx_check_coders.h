@@ -10,6 +10,7 @@
 #include <unordered_map>
 
 #include "bx_record_readers.h"
+#include "bx_text_table.h"
 #include "qelmoext.h"
 #include "ut_hash.h"
 
@@ -22,6 +23,31 @@ struct bx_check_record {
   bx_long nodex = 0, nodey = 0, xmin = 0, xmax = 0, ymin = 0, ymax = 0;
 };
 
+/// Counts the different names of a tree. Like instances name the same wires in the same order, so the name that
+/// followed the last one before is compared first; mostly nothing is hashed.
+class bx_name_counter {
+ public:
+  /// The name lies in the file.
+  void add(std::string_view name) {
+    const std::uint32_t usual = entries_[last_].next;
+    last_ = usual != 0 && entries_[usual].text == name ? usual : search(name);
+  }
+
+  std::int64_t count() const noexcept { return static_cast<std::int64_t>(entries_.size()) - 1; }
+
+ private:
+  struct entry {
+    std::string_view text;
+    std::uint32_t next = 0;  // which name followed the last time; 0 when none did
+  };
+
+  std::uint32_t search(std::string_view name);
+
+  std::vector<entry> entries_{entry()};  // the first is none
+  bx_text_table numbers_;
+  std::uint32_t last_ = 0;
+};
+
 /// The bytes, the place in them, and the faults found.
 class bx_check_context {
  public:
@@ -32,6 +58,8 @@ class bx_check_context {
   std::string_view wire;                // the wire in hand; empty outside wires
   std::string part;                     // what else is in hand, such as "template 5"; begins the messages
   bool counts_lines = false;
+  bool was_cancelled = false;
+  bx_name_counter different_names;
 
   std::size_t at() const noexcept { return at_; }
   std::size_t left() const noexcept { return bytes_.size() - at_; }
@@ -145,7 +173,12 @@ class bx_binary_checker : public bx_binary_checker_base {
     std::size_t operator()(std::uint64_t key) const { return static_cast<std::size_t>(ut_hash(key, ut_hash_seed())); }
   };
 
-  std::unordered_map<std::uint64_t, std::string_view, key_hash> table_;
+  struct known_name {
+    std::string_view text;
+    bool is_used = false;
+  };
+
+  std::unordered_map<std::uint64_t, known_name, key_hash> table_;
   bool root_seen_ = false;
 };
 
@@ -156,6 +189,7 @@ class bx_binary_grid_checker : public bx_binary_checker_base {
   bool name(bx_check_record& record) {
     if (!string("name", bx_grid_name_size, record.name)) return false;
     context_.keeps_name(record.name);
+    context_.different_names.add(record.name);
     return true;
   }
 

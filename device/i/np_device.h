@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "ut_point.h"
+#include "ut_stream.h"
 
 /// What the library asks of a device: its size in rows and columns, and the row and column of a point.
 /// Rows count upwards from the bottom, columns from the left, both from 0. A client that knows its
@@ -51,6 +52,9 @@ class BX_API NP_TABLEDEVICE : public NP_DEVICE {
   /// max_lines rows and columns. Null when the file cannot be read or is faulty; why then holds a
   /// line that names the file and the place.
   static std::unique_ptr<NP_TABLEDEVICE> read(const char* filename, std::string& why);
+
+  /// Reads a description from a stream, of which why gives the name.
+  static std::unique_ptr<NP_TABLEDEVICE> read(UT_STREAM& file, const char* name, std::string& why);
 
   /// Writes such a file; false and why when it cannot be written.
   bool write(const char* filename, std::string& why) const;

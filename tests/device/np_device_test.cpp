@@ -171,6 +171,16 @@ TEST_F(Description, CutOffAnywhereIsAFaultOrTheWholeDevice) {
   }
 }
 
+TEST_F(Description, OfAStreamIsReadAsThatOfAFileAndFaultsHaveTheNameGiven) {
+  UT_MEMFILE stream{std::string(good)};
+  const auto device = NP_TABLEDEVICE::read(stream, "stream", why);
+  ASSERT_NE(device, nullptr) << why;
+  EXPECT_EQ(device->maxcol(), 2);
+  UT_MEMFILE faulty{std::string("NP_DEVICE:1\nfault")};
+  EXPECT_EQ(NP_TABLEDEVICE::read(faulty, "stream", why), nullptr);
+  EXPECT_EQ(why.substr(0, 9), "stream:2:") << why;
+}
+
 TEST_F(Description, FileThatCannotBeReadIsNamed) {
   const std::string missing = folder.file("missing.npd");
   EXPECT_EQ(NP_TABLEDEVICE::read(missing.c_str(), why), nullptr);

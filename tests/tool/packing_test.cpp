@@ -56,13 +56,33 @@ TEST_P(BxdbPacking, OutputsArePackedAsTheirNamesSay) {
   expect(0, {"diff", file("g.bxd"), file(ending("g.bxd"))});
 }
 
-TEST_P(BxdbPacking, DataCutOffAnywhereIsAFailureThatNamesTheFile) {
+TEST_P(BxdbPacking, DataCutOffAnywhereIsInvalidAndNamesTheFileAndThePlace) {
   const std::string whole = packed(small_text());
   for (std::size_t length = 4; length < whole.size(); length += 7 * start_stride) {
-    const outcome bad = expect(2, {"check", made("cut", whole.substr(0, length))});
-    EXPECT_TRUE(holds(bad.err, file("cut") + ": ")) << bad.err;
-    EXPECT_TRUE(holds(bad.err, "data damaged at byte")) << bad.err;
+    const std::string cut = made("cut", whole.substr(0, length));
+    const outcome bad = expect(1, {"check", cut});
+    EXPECT_TRUE(holds(bad.out, cut + ": error: byte " + std::to_string(length) + ": " + GetParam().name +
+                                   " data damaged: it ends too early"))
+        << bad.out;
+    EXPECT_TRUE(holds(bad.out, cut + ": invalid: damaged " + GetParam().name + " data; 1 error"));
+    EXPECT_EQ(bad.err, "");
+    const outcome refused = expect(2, {"info", cut});
+    EXPECT_TRUE(holds(refused.err, cut + ": " + GetParam().name + " data damaged at byte ")) << refused.err;
   }
+}
+
+TEST_P(BxdbPacking, DamagedDataIsToldAsJson) {
+  const std::string whole = packed(small_text());
+  const nlohmann::json bad = json_of(1, {"check", made("cut", whole.substr(0, whole.size() - 5))});
+  EXPECT_EQ(bad["packing"], GetParam().name);
+  EXPECT_EQ(bad["bytes_on_disk"], whole.size() - 5);
+  EXPECT_TRUE(bad["bytes"].is_null());
+  EXPECT_TRUE(bad["form"].is_null());
+  EXPECT_EQ(bad["loadable"], false);
+  EXPECT_EQ(bad["errors"], 1);
+  EXPECT_EQ(bad["faults"][0]["offset"], whole.size() - 5);
+  EXPECT_EQ(bad["faults"][0]["message"], GetParam().name + " data damaged: it ends too early");
+  EXPECT_TRUE(json_of(1, {"check", file("cut"), "--most", "0"})["faults"].empty());
 }
 
 TEST_P(BxdbPacking, SurplusBytesAreAFailure) { expect(2, {"info", made("a", packed(small_text()) + "more")}); }

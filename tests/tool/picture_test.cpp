@@ -334,6 +334,17 @@ TEST_F(BxdbGridPicture, IsTheSameEveryTimeAndPackedAsItsNameSays) {
   EXPECT_LT(packed.size(), svg.size());
 }
 
+TEST_F(BxdbGridPicture, GoesToStandardOutputAlone) {
+  const std::string db = made("a.bxd", text_of_tiles(six_tiles()));
+  for (const std::string& kind : {std::string("--png"), std::string("--svg")}) {
+    expect(0, {"grid", db, kind, file("picture")});
+    EXPECT_TRUE(expect(0, {"grid", db, kind, "-"}).out == read_file(file("picture"))) << kind;
+  }
+  expect(0, {"grid", db, "--png", file("a.png"), "--svg", file("picture")});
+  EXPECT_TRUE(expect(0, {"grid", db, "--png", file("b.png"), "--svg", "-"}).out == read_file(file("picture")));
+  EXPECT_TRUE(read_file(file("b.png")) == read_file(file("a.png")));
+}
+
 TEST_F(BxdbGridPicture, ReportsArePrintedBesidePicturesWhenAskedFor) {
   const std::string db = made("a.bxd", text_of_tiles(six_tiles()));
   const outcome both = expect(0, {"grid", db, "--extrema", "--png", file("a.png"), "--svg", file("a.svg")});

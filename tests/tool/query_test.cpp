@@ -68,6 +68,10 @@ std::vector<std::string> paths(const json& list) {
 
 using texts = std::vector<std::string>;
 
+const std::string valid_keys =
+    "valid are \"name\", \"at\", \"meeting\", \"node\", \"wire\", \"instance\", and beside these \"in\", \"most\", "
+    "\"id\"";
+
 TEST_F(BxdbQuery, AnswersByNameAndPlace) {
   const json named = answer(R"({"name": "BASIC_ASS"})");
   EXPECT_EQ(named["count"], 1);
@@ -135,13 +139,13 @@ TEST_F(BxdbQuery, GoesOnBehindLinesThatAreNoQuestions) {
   ASSERT_EQ(answers.size(), 3U);
   EXPECT_EQ(answers[0]["error"], "no JSON; see its character 1");
   EXPECT_EQ(answers[1]["id"], 5);
-  EXPECT_EQ(answers[1]["error"], "no question has a \"who\"");
+  EXPECT_EQ(answers[1]["error"], "no question has a \"who\"; " + valid_keys);
   EXPECT_EQ(answers[2]["count"], 1) << "the last line needs no end";
 }
 
 TEST_F(BxdbQuery, SaysWhatIsWrongWithAQuestion) {
   EXPECT_EQ(error("[]"), "a question is an object");
-  EXPECT_EQ(error("{}"), "nothing is asked");
+  EXPECT_EQ(error("{}"), "nothing is asked; " + valid_keys);
   EXPECT_EQ(error(R"({"name": "A", "at": [1, 2]})"), "\"name\" and \"at\" are two questions");
   EXPECT_EQ(error(R"({"name": 1})"), "\"name\" takes a text");
   EXPECT_EQ(error(R"({"wire": "A"})"), "\"wire\" and \"in\" go together");
@@ -154,6 +158,46 @@ TEST_F(BxdbQuery, SaysWhatIsWrongWithAQuestion) {
                             "[18446744073709551615, 0]", "[1, 99999999999999999999]"}) {
     EXPECT_EQ(error(std::string("{\"node\": ") + value + "}"), pair) << value;
   }
+}
+
+TEST_F(BxdbQuery, ListsTheValidKeysForOnesThatAreUnknownOrThereTwice) {
+  EXPECT_EQ(error(R"({"name": "LEFT", "Most": 1})"), "no question has a \"Most\"; " + valid_keys);
+  EXPECT_EQ(error(R"({"name": "LEFT", "name": "RIGHT"})"), "\"name\" is there twice; " + valid_keys);
+  EXPECT_EQ(error(R"({"name": "LEFT", "na\u006de": "LEFT"})"), "\"name\" is there twice; " + valid_keys);
+  const json twice = asked(1, "{\"id\": 5, \"name\": \"LEFT\", \"most\": 1, \"most\": 2}\n").at(0);
+  EXPECT_EQ(twice["id"], 5);
+  EXPECT_EQ(twice["error"], "\"most\" is there twice; " + valid_keys);
+  EXPECT_EQ(error(R"({"name": "LEFT", "id": {"a": {"b": 1, "b": 1}}})"),
+            "\"b\" is there twice; an object has each key once");
+  EXPECT_EQ(answer(R"({"name": "LEFT", "id": [{"a": 1}, {"a": 1, "name": 2}]})")["count"], 1);
+}
+
+TEST_F(BxdbQuery, ANulCharacterInATextIsAnErrorAndEndsNoName) {
+  for (const char* question : {R"({"name": "LEFT\u0000"})", R"({"wire": "CLK\u0000x", "in": 0})",
+                               R"({"wire": "CLK", "in": "chip\u0000"})", R"({"instance": "\u0000chip"})"}) {
+    EXPECT_TRUE(holds(error(question), "holds the character \\u0000, which no name does")) << question;
+  }
+  EXPECT_EQ(error(R"({"name\u0000": "LEFT"})"), "no question has a \"name\\u0000\"; " + valid_keys);
+  EXPECT_EQ(answer(R"({"name": "LEFT", "id": "a\u0000b"})")["id"], std::string("a\0b", 3));
+}
+
+TEST_F(BxdbQuery, NestedAHundredThousandDeepIsAnErrorAndTheNextQuestionIsAnswered) {
+  const auto nested = [](std::size_t levels) {
+    return "{\"id\": " + std::string(levels - 1, '[') + std::string(levels - 1, ']') + ", \"name\": \"LEFT\"}\n";
+  };
+  const std::vector<json> answers = asked(1, nested(100000) + nested(65) + nested(64));
+  ASSERT_EQ(answers.size(), 3U);
+  EXPECT_EQ(answers[0]["error"], "lists and objects are nested deeper than 64 levels");
+  EXPECT_EQ(answers[1], answers[0]);
+  EXPECT_EQ(answers[2]["count"], 1);
+  std::string objects = "{\"id\": ";
+  for (int i = 0; i < 100000; ++i) objects += "{\"a\":";
+  EXPECT_EQ(error(objects), "lists and objects are nested deeper than 64 levels");
+}
+
+TEST_F(BxdbQuery, ANumberBeyondAllRangesIsAnError) {
+  EXPECT_EQ(error(R"({"name": "LEFT", "id": 1e999})"), "a number is too large");
+  EXPECT_EQ(error(R"({"node": [1e999, 0]})"), "a number is too large");
 }
 
 TEST_F(BxdbQuery, ALineThatIsTooLongIsNotKept) {

@@ -28,6 +28,15 @@ TEST_F(BxdbUsage, HelpNamesEveryCommandAndTheExitStatuses) {
   EXPECT_TRUE(holds(help.out, "Example: bxdb "));
 }
 
+TEST_F(BxdbUsage, HelpOfEveryCommandNamesTheStandardStreamsThatItTakes) {
+  for (const std::string& command : all_commands) {
+    const std::string help = expect(0, {command, "--help"}).out;
+    const bool writes = command == "generate" || command == "convert" || command == "grid";
+    EXPECT_EQ(holds(help, "standard output"), writes) << command;
+    EXPECT_EQ(holds(help, "standard input"), command != "generate") << command;
+  }
+}
+
 TEST_F(BxdbUsage, VersionIsThatOfTheLibrary) {
   EXPECT_EQ(expect(0, {"--version"}).out, std::string("bxdb ") + BXDB_VERSION + "\n");
 }

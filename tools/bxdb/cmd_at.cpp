@@ -9,6 +9,7 @@
 
 #include "commands.h"
 #include "failure.h"
+#include "file_names.h"
 #include "index_paths.h"
 #include "json_output.h"
 #include "loaded_database.h"
@@ -35,7 +36,7 @@ int list_instances(const qelmodb::tree_index& index, const at_options& options) 
   }
   if (document) document->end({{"count", found.size()}});
   if (!found.empty()) return done;
-  fmt::print(stderr, "{}: no instance covers ({}, {})\n", printable(options.file), options.x, options.y);
+  fmt::print(stderr, "{}: no instance covers ({}, {})\n", printable(shown_input(options.file)), options.x, options.y);
   return no;
 }
 
@@ -60,8 +61,8 @@ int show_wire(const BX_DB& db, const qelmodb::tree_index& index, const at_option
     fmt::print("wire {} {}\n", printable(path), position_text(*wire));
   }
   if (wire != nullptr) return done;
-  fmt::print(stderr, "{}: no wire \"{}\" at ({}, {})\n", printable(options.file), printable(options.wire), options.x,
-             options.y);
+  fmt::print(stderr, "{}: no wire \"{}\" at ({}, {})\n", printable(shown_input(options.file)), printable(options.wire),
+             options.x, options.y);
   return no;
 }
 

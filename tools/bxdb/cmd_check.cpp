@@ -22,6 +22,9 @@ qelmodb::check_report checked(const input_file& input, const check_options& how)
   return qelmodb::check_bytes(input.bytes, input.what, options);
 }
 
+/// The first line tells the form.
+bool is_form_known(const qelmodb::check_report& report) { return !report.sections.empty(); }
+
 std::string verdict(const qelmodb::check_report& report) {
   if (report.limit != nullptr) return fmt::format("beyond a limit, see --max-{}", report.limit);
   if (!report.loadable()) return "invalid";
@@ -37,22 +40,43 @@ std::string faults_text(const qelmodb::check_report& report) {
   return text;
 }
 
-void print_text(const input_file& input, const qelmodb::check_report& report) {
-  for (const qelmodb::fault& fault : report.faults) fmt::print("{}\n", fault_text(input.name, fault));
-  fmt::print("{}: {}: {} {} file, {}, {}; {}\n", printable(input.name), verdict(report),
-             qelmodb::to_string(report.file_form), qelmodb::to_string(report.file_content),
-             counted(report.instances, "instance"), counted(report.wires, "wire"), faults_text(report));
+qelmodb::content content_of(const qelmodb::check_report& report) {
+  const bool is_grid = (report.file_content == qelmodb::content::grid) != report.is_other_content;
+  return is_grid ? qelmodb::content::grid : qelmodb::content::database;
 }
 
-void print_as_json(const input_file& input, const qelmodb::check_report& report) {
-  json_list_document document({{"file", input.name},
-                               {"form", qelmodb::to_string(report.file_form)},
-                               {"content", qelmodb::to_string(report.file_content)},
-                               {"packing", to_string(input.packed)},
-                               {"bytes", report.bytes},
-                               {"loadable", report.loadable()},
-                               {"sound", report.sound()}},
-                              "faults");
+/// What the file turned out to be.
+std::string described(const input_file& input, const qelmodb::check_report& report) {
+  if (report.foreign_kind != nullptr) return fmt::format("not a BX_DB file, it is {}", report.foreign_kind);
+  if (!is_form_known(report)) return input.bytes.starts_with("BX_DB:") ? "undetermined file" : "not a BX_DB file";
+  const std::string form = qelmodb::to_string(report.file_form);
+  std::string file = input.is_certain ? fmt::format("{} {} file", form, qelmodb::to_string(content_of(report)))
+                                      : form + " file, undetermined whether database or grid";
+  if (report.is_other_content) return file;
+  return fmt::format("{}, {}, {}", file, counted(report.instances, "instance"), counted(report.wires, "wire"));
+}
+
+void print_text(const input_file& input, const qelmodb::check_report& report, const std::string& what) {
+  for (const qelmodb::fault& fault : report.faults) fmt::print("{}\n", fault_text(input.name, fault));
+  fmt::print("{}: {}: {}; {}\n", printable(input.name), verdict(report), what, faults_text(report));
+}
+
+json or_null(bool known, const char* text) { return known ? json(text) : json(nullptr); }
+
+json head_of(const input_file& input, const qelmodb::check_report& report, const std::string& file) {
+  return {{"file", file},
+          {"form", or_null(is_form_known(report), qelmodb::to_string(report.file_form))},
+          {"content", or_null(is_form_known(report) && input.is_certain, qelmodb::to_string(content_of(report)))},
+          {"foreign_kind", or_null(report.foreign_kind != nullptr, report.foreign_kind)},
+          {"packing", to_string(input.packed)},
+          {"bytes", input.is_unpacked ? json(report.bytes) : json(nullptr)},
+          {"bytes_on_disk", input.size_on_disk},
+          {"loadable", report.loadable()},
+          {"sound", report.sound()}};
+}
+
+void print_as_json(const input_file& input, const qelmodb::check_report& report, const std::string& file) {
+  json_list_document document(head_of(input, report, file), "faults");
   for (const qelmodb::fault& fault : report.faults) {
     document.add({{"severity", qelmodb::to_string(fault.level)},
                   {"offset", fault.offset},
@@ -65,24 +89,44 @@ void print_as_json(const input_file& input, const qelmodb::check_report& report)
                 {"notes", report.notes},
                 {"instances", report.instances},
                 {"wires", report.wires},
-                {"names", report.names},
+                {"names", report.different_names},
+                {"name_table", report.names},
                 {"depth", report.depth},
                 {"dollar_wires", report.dollar_wires},
                 {"memory", report.memory},
-                {"limit", report.limit == nullptr ? nlohmann::json() : nlohmann::json(report.limit)}});
+                {"limit", or_null(report.limit != nullptr, report.limit)}});
+}
+
+/// What is known of a file whose packed data is damaged.
+qelmodb::check_report report_on(const damaged_data& damage, const check_options& options) {
+  qelmodb::check_report report;
+  report.errors = 1;
+  if (options.most_faults == 0) return report;
+  report.faults.push_back({qelmodb::severity::error, static_cast<std::int64_t>(damage.at), 0, {}, damage.reason});
+  return report;
+}
+
+int tell(const input_file& input, const qelmodb::check_report& report, const check_options& options,
+         const std::string& what) {
+  if (options.as_json) {
+    print_as_json(input, report, options.file);
+  } else {
+    print_text(input, report, what);
+  }
+  return report.sound() ? done : no;
 }
 
 }  // namespace
 
 int run_check(const check_options& options) {
-  const input_file input = read_input(options.file, options.input);
-  const qelmodb::check_report report = checked(input, options);
-  if (options.as_json) {
-    print_as_json(input, report);
-  } else {
-    print_text(input, report);
+  input_file input = read_packed_input(options.file, options.input);
+  try {
+    unpack_input(input, options.input);
+  } catch (const damaged_data& damage) {
+    return tell(input, report_on(damage, options), options, fmt::format("damaged {} data", to_string(input.packed)));
   }
-  return report.sound() ? done : no;
+  const qelmodb::check_report report = checked(input, options);
+  return tell(input, report, options, described(input, report));
 }
 
 }  // namespace bxdb

@@ -7,6 +7,7 @@
 
 #include "commands.h"
 #include "failure.h"
+#include "file_names.h"
 #include "json_output.h"
 #include "loaded_database.h"
 #include "text.h"
@@ -93,7 +94,7 @@ class diff_printer {
       return;
     }
     if (counts.equal()) {
-      fmt::print("{} and {} are equal\n", printable(options_.a), printable(options_.b));
+      fmt::print("{} and {} are equal\n", printable(shown_input(options_.a)), printable(shown_input(options_.b)));
       return;
     }
     fmt::print("{}\n{}\n", counts_text("instances", counts.instances), counts_text("wires", counts.wires));
@@ -107,12 +108,13 @@ class diff_printer {
 }  // namespace
 
 int run_diff(const diff_options& options) {
+  refuse_same_streams(options.a, options.b);
   const loaded_database a = load_database(options.a, options.input);
   const loaded_database b = load_database(options.b, options.input);
   const bool with_wires = a.what == qelmodb::content::database && b.what == qelmodb::content::database;
   if (a.what != b.what) {
     fmt::print(stderr, "bxdb: {}: a grid file has no wires; only instances are compared\n",
-               printable(a.what == qelmodb::content::grid ? options.a : options.b));
+               printable(a.what == qelmodb::content::grid ? a.name : b.name));
   }
   diff_printer printer(options, with_wires);
   const diff_counts counts =

@@ -6,6 +6,7 @@
 #include "counting_stream.h"
 #include "explanation.h"
 #include "failure.h"
+#include "file_names.h"
 #include "progress.h"
 #include "text.h"
 
@@ -36,7 +37,7 @@ void measure_compressed(const loaded_database& loaded, explanation& about) {
 }
 
 void search_near(const BX_DB& db, explanation& about) {
-  const progress shown("looking for templates that are nearly the same in " + about.options.file);
+  const progress shown("looking for templates that are nearly the same in " + shown_input(about.options.file));
   near_options options;
   options.most_wires = about.options.near_wires;
   about.near = find_near_templates(about.census.templates, options);
@@ -60,14 +61,14 @@ int run_explain(const explain_options& options) {
   const loaded_database loaded = load_database(options.file, options.input);
   check_compressible(loaded);
   const bool holds_templates = loaded.report.file_form == qelmodb::form::compressed;
-  if (!holds_templates && !compress_database(*loaded.db, options.file, options.file + ": not explained")) return no;
+  if (!holds_templates && !compress_database(*loaded.db, loaded.name, loaded.name + ": not explained")) return no;
 
   const template_census census = census_of(loaded);
   explanation about(options, census);
   about.file_form = loaded.report.file_form;
   about.binary_size = binary_size_of(loaded);
   measure_compressed(loaded, about);
-  about.losses = losses_of(*loaded.db, options.file);
+  about.losses = losses_of(*loaded.db, loaded.name);
   search_near(*loaded.db, about);
   if (options.as_json) {
     print_as_json(about);

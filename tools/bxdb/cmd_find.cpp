@@ -7,6 +7,7 @@
 
 #include "commands.h"
 #include "failure.h"
+#include "file_names.h"
 #include "index_paths.h"
 #include "json_output.h"
 #include "loaded_database.h"
@@ -38,7 +39,7 @@ class finder {
   int end() {
     if (document_) document_->end({{"instances", instances_}, {"wires", wires_}});
     if (instances_ + wires_ != 0) return done;
-    fmt::print(stderr, "{}: nothing named \"{}\"\n", printable(options_.file), printable(options_.name));
+    fmt::print(stderr, "{}: nothing named \"{}\"\n", printable(shown_input(options_.file)), printable(options_.name));
     return no;
   }
 

@@ -13,6 +13,7 @@
 #include "device_description.h"
 #include "device_generator.h"
 #include "failure.h"
+#include "file_names.h"
 #include "host.h"
 #include "input_file.h"
 #include "output_file.h"
@@ -36,12 +37,12 @@ auto made_of(const generate_options& options, Make make) {
   try {
     return make(complete(options));
   } catch (const std::invalid_argument& e) {
-    throw failure(options.out + ": not written: " + e.what());
+    throw failure(shown_output(options.out) + ": not written: " + e.what());
   }
 }
 
 std::unique_ptr<BX_DB> generated(const generate_options& options) {
-  const progress shown("generating " + options.out);
+  const progress shown("generating " + shown_output(options.out));
   return made_of(options, generate_device);
 }
 
@@ -55,7 +56,7 @@ void check_memory(const generate_options& options) {
       fmt::format("{}: not written: the device would have about {:.0f} million instances and {:.0f} million wires, "
                   "which take {} of "
                   "memory, and this machine has {}; ask for fewer columns, rows or wires",
-                  options.out, size.instances / million, size.wires / million,
+                  shown_output(options.out), size.instances / million, size.wires / million,
                   size_text(static_cast<std::uint64_t>(size.memory)), size_text(there)));
 }
 
@@ -69,6 +70,8 @@ std::unique_ptr<NP_TABLEDEVICE> description_of(const generate_options& options) 
 
 /// Throws failure when anything would be replaced that is not of the kind that is written, or that nobody named.
 void check_places(const generate_options& options) {
+  refuse_same_outputs(options.out, description_beside(options.out));
+  if (options.force) return;
   refuse_to_replace_stranger(options.out);
   if (!will_be_described(options.out)) return;
   const std::unique_ptr<NP_TABLEDEVICE> description = description_of(options);
@@ -77,7 +80,7 @@ void check_places(const generate_options& options) {
 
 /// Writes the description of the device beside the database, for grids.
 void describe(const generate_options& options) {
-  if (!is_described(options.out)) return;
+  if (is_standard_stream(options.out) || !is_described(options.out)) return;
   const std::string name = description_beside(options.out);
   const std::unique_ptr<NP_TABLEDEVICE> description = description_of(options);
   if (!description) {
@@ -109,10 +112,10 @@ int run_generate(const generate_options& options) {
     throw failure(options.out + ": not written: the name is one of a grid file, which has no compressed form");
   }
   check_memory(options);
-  if (!options.force) check_places(options);
+  if (!is_standard_stream(options.out)) check_places(options);
   const std::unique_ptr<BX_DB> db = generated(options);
-  if (as == qelmodb::form::compressed && !compressed(*db, options.out)) return no;
-  const progress shown("writing " + options.out);
+  if (as == qelmodb::form::compressed && !compressed(*db, shown_output(options.out))) return no;
+  const progress shown("writing " + shown_output(options.out));
   output_file out(options.out, packing_for(options.out));
   if (!qelmodb::dump(*db, out.stream(), as, what)) out.stream().fail();
   out.commit();

@@ -8,6 +8,7 @@
 
 #include "commands.h"
 #include "failure.h"
+#include "file_names.h"
 #include "grid_picture.h"
 #include "host.h"
 #include "json_output.h"
@@ -34,8 +35,8 @@ void check_place(const BX_GRID& grid, const grid_options& options) {
       options.column < grid.getnumcols()) {
     return;
   }
-  throw failure(fmt::format("{}: no row {}, column {}: the grid has {} and {}, counted from 0", options.file,
-                            options.row, options.column, counted(grid.getnumrows(), "row"),
+  throw failure(fmt::format("{}: no row {}, column {}: the grid has {} and {}, counted from 0",
+                            shown_input(options.file), options.row, options.column, counted(grid.getnumrows(), "row"),
                             counted(grid.getnumcols(), "column")));
 }
 
@@ -88,7 +89,7 @@ int show_cell(const BX_DB& db, const BX_GRID& grid, const grid_options& options)
     print_cell(db, *cell);
   }
   if (!empty) return done;
-  fmt::print(stderr, "{}: no tile in row {}, column {}\n", printable(options.file), row, column);
+  fmt::print(stderr, "{}: no tile in row {}, column {}\n", printable(shown_input(options.file)), row, column);
   return no;
 }
 
@@ -112,7 +113,7 @@ void print_report(const BX_GRID& grid, const grid_options& options) {
 // ---- what is drawn
 
 void write_file(const std::string& name, const std::string& bytes) {
-  const progress shown("writing " + name);
+  const progress shown("writing " + shown_output(name));
   output_file out(name, packing_for(name));
   write_all(out.stream(), bytes.data(), bytes.size());
   out.commit();
@@ -122,20 +123,29 @@ void draw(const BX_DB& db, const BX_GRID& grid, const grid_options& options) {
   std::string png;
   std::string svg;
   {
-    const progress shown("drawing the grid of " + options.file);
-    const std::string name = file_name_of(options.file);
+    const progress shown("drawing the grid of " + shown_input(options.file));
+    const std::string name = file_name_of(shown_input(options.file));
     const grid_picture picture(db, grid, name);
     if (!options.png.empty()) png = picture.png();
     if (!options.svg.empty()) svg = picture.svg();
   }
   if (!options.png.empty()) write_file(options.png, png);
+  // Names that differ in more than one way can be one file all the same, which is known when that exists.
+  if (!options.png.empty() && !options.svg.empty()) refuse_same_outputs(options.png, options.svg);
   if (!options.svg.empty()) write_file(options.svg, svg);
+}
+
+/// The names of the pictures that are asked for.
+std::vector<std::string> pictures_of(const grid_options& options) {
+  std::vector<std::string> names;
+  if (!options.png.empty()) names.push_back(options.png);
+  if (!options.svg.empty()) names.push_back(options.svg);
+  return names;
 }
 
 /// Whether the library's report is printed.
 bool is_reported(const grid_options& options) {
-  const bool drawn = !options.png.empty() || !options.svg.empty();
-  return !options.as_json && !options.one_cell && (!drawn || options.extrema);
+  return !options.as_json && !options.one_cell && (pictures_of(options).empty() || options.extrema);
 }
 
 /// The options with which the same tiles are found under printable names.
@@ -144,16 +154,30 @@ grid_options with_printable_prefixes(grid_options options) {
   return options;
 }
 
+/// Throws failure when an output would destroy an input or another output.
+void check_files(const grid_options& options) {
+  if (!options.device.empty()) refuse_same_streams(options.file, options.device);
+  const std::vector<std::string> pictures = pictures_of(options);
+  if (pictures.size() == 2) refuse_same_outputs(pictures[0], pictures[1]);
+  for (const std::string& picture : pictures) {
+    refuse_input_as_output(options.file, picture);
+    if (!options.device.empty()) refuse_input_as_output(options.device, picture);
+    refuse_description_as_output(options.file, picture);
+    if (options.as_json || options.one_cell || options.extrema) refuse_standard_output(picture);
+  }
+}
+
 }  // namespace
 
 int run_grid(const grid_options& options) {
+  check_files(options);
   const loaded_database loaded = load_database(options.file, options.input);
   // The report's columns are as wide as the names that the grid is made of.
   std::optional<printable_names> names;
   if (is_reported(options) && !options.raw) names.emplace(*loaded.db, printable_names::of::instances);
   const std::unique_ptr<BX_GRID> grid = make_tile_grid(loaded, names ? with_printable_prefixes(options) : options);
   if (options.one_cell) check_place(*grid, options);
-  const bool drawn = !options.png.empty() || !options.svg.empty();
+  const bool drawn = !pictures_of(options).empty();
   if (drawn) draw(*loaded.db, *grid, options);
   if (options.one_cell) return show_cell(*loaded.db, *grid, options);
   if (options.as_json) {

@@ -42,9 +42,9 @@ void print_text(const loaded_database& loaded, const qelmodb::tree_size& size) {
   fmt::print("  time to load   {:.3f} s\n", loaded.times.load);
 }
 
-void print_as_json(const loaded_database& loaded, const qelmodb::tree_size& size) {
+void print_as_json(const loaded_database& loaded, const qelmodb::tree_size& size, const std::string& file) {
   const qelmodb::check_report& report = loaded.report;
-  print_json({{"file", loaded.name},
+  print_json({{"file", file},
               {"form", to_string(report.file_form)},
               {"content", to_string(loaded.what)},
               {"packing", to_string(loaded.packed)},
@@ -54,10 +54,12 @@ void print_as_json(const loaded_database& loaded, const qelmodb::tree_size& size
               {"instances", size.instances},
               {"wires", size.wires},
               {"names", size.names},
+              {"name_table", report.names},
               {"depth", size.depth},
               {"basic_ass", size.basic_ass},
               {"basic_ass_wires", size.basic_ass_wires},
               {"box", rectangle_json(size.box)},
+              {"errors", report.errors},
               {"warnings", report.warnings},
               {"notes", report.notes},
               {"check_seconds", loaded.times.check},
@@ -70,7 +72,7 @@ int run_info(const info_options& options) {
   const loaded_database loaded = load_database(options.file, options.input);
   const qelmodb::tree_size size = measured(loaded);
   if (options.as_json) {
-    print_as_json(loaded, size);
+    print_as_json(loaded, size, options.file);
   } else {
     print_text(loaded, size);
   }

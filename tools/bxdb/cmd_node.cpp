@@ -8,6 +8,7 @@
 
 #include "commands.h"
 #include "failure.h"
+#include "file_names.h"
 #include "index_paths.h"
 #include "json_output.h"
 #include "loaded_database.h"
@@ -34,7 +35,7 @@ int run_node(const node_options& options) {
   }
   if (document) document->end({{"count", found.size()}});
   if (!found.empty()) return done;
-  fmt::print(stderr, "{}: no wire at node ({}, {})\n", printable(options.file), options.x, options.y);
+  fmt::print(stderr, "{}: no wire at node ({}, {})\n", printable(shown_input(options.file)), options.x, options.y);
   return no;
 }
 

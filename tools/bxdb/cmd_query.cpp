@@ -9,9 +9,11 @@
 
 #include "commands.h"
 #include "failure.h"
+#include "file_names.h"
 #include "json_output.h"
 #include "loaded_database.h"
 #include "query_answers.h"
+#include "question.h"
 
 namespace bxdb {
 namespace {
@@ -45,7 +47,8 @@ bool is_blank(const std::string& line) { return line.find_first_not_of(" \t\r") 
 std::string query_help() {
   return std::string("A question is an object with one of\n") + question_forms +
          "\nAn instance is given by its number, which answers tell, or by its path. Beside that a question may have "
-         "\"most\", the longest list to answer with, and any \"id\", which comes back. Answers, a line each in the "
+         "\"most\", the longest list to answer with, and any \"id\", which comes back; other keys and keys that are "
+         "there twice are errors, and so are more than 64 levels of lists and objects. Answers, a line each in the "
          "order "
          "of the questions, have a list, \"instances\" or \"wires\", in the order of the tree, and its \"count\"; or "
          "an "
@@ -54,6 +57,9 @@ std::string query_help() {
 }
 
 int run_query(const query_options& options) {
+  constexpr const char* questions = "-";
+  refuse_same_streams(options.file, questions);
+  refuse_printing_into(questions);
   const loaded_database loaded = load_database(options.file, options.input);
   const qelmodb::tree_index index = index_of(loaded);
   query_answers answers(index);

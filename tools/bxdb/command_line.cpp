@@ -30,6 +30,8 @@ CLI::Option* add_number(CLI::App& command, const char* name, Number& number, con
   return command.add_option(name, number, help)->transform(CLI::Validator(take, ""));
 }
 
+constexpr const char* the_file = "The file; - is standard input";
+
 void add_limit(CLI::App& command, const char* name, std::int64_t& limit, const char* help) {
   add_number(command, name, limit, help, std::int64_t{0})->type_name("COUNT");
 }
@@ -90,8 +92,10 @@ void add_generate_command(CLI::App& tool, int& status) {
   CLI::App& command = *tool.add_subcommand("generate", "Writes a synthetic device; the same options give the same one");
   const auto options = std::make_shared<generate_options>();
   command
-      .add_option("OUT", options->out,
-                  "The file to write; packed when its name ends in .gz or .zst, a grid file when in .bxg")
+      .add_option(
+          "OUT", options->out,
+          "The file to write; packed when its name ends in .gz or .zst, a grid file when in .bxg; - is standard "
+          "output")
       ->required();
   add_choice(command, "--form", options->form, "The form of the file", {"binary", "text", "compressed"})
       ->capture_default_str();
@@ -110,7 +114,7 @@ void add_generate_command(CLI::App& tool, int& status) {
 void add_info_command(CLI::App& tool, int& status) {
   CLI::App& command = *tool.add_subcommand("info", "Shows form, counts, bounding box, sizes and times of a file");
   const auto options = std::make_shared<info_options>();
-  command.add_option("FILE", options->file, "The file")->required();
+  command.add_option("FILE", options->file, the_file)->required();
   command.add_flag("--json", options->as_json, "Print JSON");
   add_input_options(command, options->input);
   add_cut_option(command, options->input);
@@ -121,20 +125,21 @@ void add_info_command(CLI::App& tool, int& status) {
 void add_check_command(CLI::App& tool, int& status) {
   CLI::App& command = *tool.add_subcommand("check", "Validates a file without loading it; status 1 on faults");
   const auto options = std::make_shared<check_options>();
-  command.add_option("FILE", options->file, "The file")->required();
+  command.add_option("FILE", options->file, the_file)->required();
   command.add_flag("--json", options->as_json, "Print JSON");
   add_number(command, "--most", options->most_faults, "How many errors, warnings and notes, each, to describe",
              std::size_t{0}, std::size_t{1000000})
       ->capture_default_str();
   add_input_options(command, options->input);
-  command.footer("Notes do not count as faults.\nExample: bxdb check device.bxd");
+  command.footer(
+      "Notes do not count as faults; packed data that is damaged or cut off does.\nExample: bxdb check device.bxd");
   command.callback([options, &status] { status = run_check(*options); });
 }
 
 void add_print_command(CLI::App& tool, int& status) {
   CLI::App& command = *tool.add_subcommand("print", "Prints the tree");
   const auto options = std::make_shared<print_options>();
-  command.add_option("FILE", options->file, "The file")->required();
+  command.add_option("FILE", options->file, the_file)->required();
   command.add_flag("--grid", options->grid, "Print instances only, without wires, as is done for a grid file anyway");
   command.add_flag("--raw", options->raw, "Print control characters of names as they are, and not as \\xNN");
   add_input_options(command, options->input);
@@ -146,8 +151,13 @@ void add_print_command(CLI::App& tool, int& status) {
 void add_convert_command(CLI::App& tool, int& status) {
   CLI::App& command = *tool.add_subcommand("convert", "Writes a file in another form, read back before it stands");
   const auto options = std::make_shared<convert_options>();
-  command.add_option("IN", options->in, "The file to convert; a grid file stays a grid file")->required();
-  command.add_option("OUT", options->out, "The file to write; packed when its name ends in .gz or .zst")->required();
+  command.add_option("IN", options->in, "The file to convert; a grid file stays a grid file; - is standard input")
+      ->required();
+  command
+      .add_option(
+          "OUT", options->out,
+          "The file to write, which may be IN itself; packed when its name ends in .gz or .zst; - is standard output")
+      ->required();
   add_choice(command, "--form", options->form, "The form of OUT; grid files are not compressed",
              {"text", "binary", "compressed"})
       ->required();
@@ -162,7 +172,8 @@ void add_convert_command(CLI::App& tool, int& status) {
       "stands "
       "there.\n"
       "Example: bxdb convert device.bxd.gz device-binary.bxd --form binary\n"
-      "Example: bxdb convert device.bxd device-small.bxd --form compressed");
+      "Example: bxdb convert device.bxd device-small.bxd --form compressed\n"
+      "Example: bxdb convert device.bxd - --form text | grep -c BX_WIRE");
   command.callback([options, &status] {
     if (options->allow_loss && options->form != "compressed") {
       throw CLI::ValidationError("--allow-loss", "only the compressed form loses anything");
@@ -177,7 +188,7 @@ void add_explain_command(CLI::App& tool, int& status) {
   command
       .add_option("FILE", options->file,
                   "The file; a compressed one is shown with the templates that it holds, any other is compressed in "
-                  "memory first")
+                  "memory first; - is standard input")
       ->required();
   add_number(command, "--near", options->near_wires,
              "Show templates that share all but at most so many wires with another of their name", std::size_t{0},
@@ -198,7 +209,7 @@ void add_explain_command(CLI::App& tool, int& status) {
 void add_find_command(CLI::App& tool, int& status) {
   CLI::App& command = *tool.add_subcommand("find", "Lists instances and wires of a name; status 1 when there are none");
   const auto options = std::make_shared<find_options>();
-  command.add_option("FILE", options->file, "The file")->required();
+  command.add_option("FILE", options->file, the_file)->required();
   command.add_option("NAME", options->name, "The name, exactly; put -- before one that begins with \"-\"")->required();
   CLI::Option* instances = command.add_flag("--instances", options->only_instances, "List instances only");
   command.add_flag("--wires", options->only_wires, "List wires only")->excludes(instances);
@@ -212,7 +223,7 @@ void add_find_command(CLI::App& tool, int& status) {
 void add_at_command(CLI::App& tool, int& status) {
   CLI::App& command = *tool.add_subcommand("at", "Lists the instances that cover a point, outermost first");
   const auto options = std::make_shared<at_options>();
-  command.add_option("FILE", options->file, "The file")->required();
+  command.add_option("FILE", options->file, the_file)->required();
   add_number(command, "X", options->x, "The point's coordinates")->required();
   add_number(command, "Y", options->y, "")->required();
   CLI::Option* wire = command.add_option("--wire", options->wire,
@@ -232,7 +243,7 @@ void add_at_command(CLI::App& tool, int& status) {
 void add_node_command(CLI::App& tool, int& status) {
   CLI::App& command = *tool.add_subcommand("node", "Lists the wires at a node, with their instances: what meets there");
   const auto options = std::make_shared<node_options>();
-  command.add_option("FILE", options->file, "The file")->required();
+  command.add_option("FILE", options->file, the_file)->required();
   add_number(command, "X", options->x, "The node's column and row")->required();
   add_number(command, "Y", options->y, "")->required();
   command.add_flag("--json", options->as_json, "Print JSON");
@@ -248,7 +259,7 @@ void add_query_command(CLI::App& tool, int& status) {
   CLI::App& command = *tool.add_subcommand(
       "query", "Loads a file once and answers questions, a line of JSON each, from standard input until it ends");
   const auto options = std::make_shared<query_options>();
-  command.add_option("FILE", options->file, "The file")->required();
+  command.add_option("FILE", options->file, "The file, which cannot be standard input")->required();
   add_input_options(command, options->input);
   add_cut_option(command, options->input);
   command.footer(query_help());
@@ -260,7 +271,8 @@ void add_grid_device_options(CLI::App& command, grid_options& options) {
       command.add_option("--device", options.device,
                          "The description of the device, which tells the row and column of each tile when the tiles "
                          "do not fill all rows alike; by default FILE with \".npd\" in place of its endings, when "
-                         "that stands beside it, or else the rows and columns at which tiles begin");
+                         "that stands beside it, or else the rows and columns at which tiles begin; - is standard "
+                         "input");
   device->type_name("NPDFILE");
   const auto derive = [&options](deriving when) { return [&options, when] { options.derivation = when; }; };
   CLI::Option* always = command.add_flag_callback(
@@ -273,8 +285,9 @@ void add_grid_device_options(CLI::App& command, grid_options& options) {
 }
 
 void add_picture_options(CLI::App& command, grid_options& options) {
-  const char* packed = "; packed when its name ends in .gz or .zst";
-  command.add_option("--png", options.png, "Draw the tiles to scale into this PNG file")->type_name("OUT");
+  const char* packed = "; packed when its name ends in .gz or .zst; - is standard output";
+  command.add_option("--png", options.png, "Draw the tiles to scale into this PNG file; - is standard output")
+      ->type_name("OUT");
   command.add_option("--svg", options.svg, std::string("Draw the tiles to scale into this SVG file") + packed)
       ->type_name("OUT");
 }
@@ -282,7 +295,7 @@ void add_picture_options(CLI::App& command, grid_options& options) {
 void add_grid_command(CLI::App& tool, int& status) {
   CLI::App& command = *tool.add_subcommand("grid", "Shows or draws the tiles as a table of rows and columns");
   const auto options = std::make_shared<grid_options>();
-  command.add_option("FILE", options->file, "The file")->required();
+  command.add_option("FILE", options->file, the_file)->required();
   command.add_option("PREFIX", options->prefixes,
                      "Tiles are the instances with wires and without children (in grid files: those without children) "
                      "whose names begin with one of these; all of them when none is given");
@@ -299,7 +312,8 @@ void add_grid_command(CLI::App& tool, int& status) {
   add_input_options(command, options->input);
   add_cut_option(command, options->input);
   command.footer(
-      "With a picture nothing is printed unless --extrema, --json or --row and --col ask for it.\n"
+      "With a picture nothing is printed unless --extrema, --json or --row and --col ask for it, and then it cannot go "
+      "to standard output.\n"
       "Status 1 when the cell is empty, 2 when the tiles give no grid.\n"
       "Example: bxdb grid device.bxd BASIC_ASS --row 3 --col 5\n"
       "Example: bxdb grid device.bxd.gz --png device.png");
@@ -313,8 +327,8 @@ void add_diff_command(CLI::App& tool, int& status) {
   CLI::App& command =
       *tool.add_subcommand("diff", "Compares the trees of two files of any form; status 1 when they differ");
   const auto options = std::make_shared<diff_options>();
-  command.add_option("A", options->a, "The first file")->required();
-  command.add_option("B", options->b, "The second file")->required();
+  command.add_option("A", options->a, "The first file; - is standard input")->required();
+  command.add_option("B", options->b, "The second file, likewise")->required();
   command.add_flag("--summary", options->summary, "Print the counts only");
   command.add_flag("--json", options->as_json, "Print JSON");
   add_input_options(command, options->input);
@@ -343,7 +357,9 @@ int run_command_line(const std::vector<std::string>& words) {
   int status = done;
   CLI::App tool(
       "Makes, checks, shows, draws, converts, searches and compares block database files.\n"
-      "Files may be packed with gzip or zstd; outputs are when their name ends in .gz or .zst.",
+      "Files may be packed with gzip or zstd; outputs are when their name ends in .gz or .zst.\n"
+      "The name - is standard input or standard output. An output that is an input is refused, but\n"
+      "convert may replace its input.",
       "bxdb");
   tool.allow_windows_style_options(false);  // a word that begins with a slash is a path, on every system
   tool.set_version_flag("--version", std::string("bxdb ") + qelmodb::version());

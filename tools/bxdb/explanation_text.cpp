@@ -7,6 +7,7 @@
 
 #include "compressing.h"
 #include "explanation.h"
+#include "file_names.h"
 #include "text.h"
 
 namespace bxdb {
@@ -56,7 +57,7 @@ std::string templates_text(const std::vector<template_use>& templates) {
 
 void print_summary(const explanation& about) {
   const template_census& census = about.census;
-  fmt::print("{}\n", printable(about.options.file));
+  fmt::print("{}\n", printable(shown_input(about.options.file)));
   fmt::print("  form             {} database file{}\n", qelmodb::to_string(about.file_form),
              about.file_form == qelmodb::form::compressed ? "" : ", compressed in memory");
   fmt::print("  instances        {}\n", census.instances);

@@ -11,13 +11,13 @@
 #include <string>
 #include <utility>
 
-#include "failure.h"
+#include "unpack.h"
 
 namespace bxdb {
 
-/// Throws the failure that tells where packed data cannot be read.
+/// Ends unpacking where packed data cannot be read.
 [[noreturn]] inline void damaged(const std::string& name, const char* format, std::size_t at, const std::string& what) {
-  throw failure(fmt::format("{}: {} data damaged at byte {}: {}", name, format, at, what));
+  throw damaged_data(name, format, at, what);
 }
 
 /// What to do with data that goes beyond a limit.

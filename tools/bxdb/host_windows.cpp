@@ -21,6 +21,13 @@ std::string to_utf8(const wchar_t* word) {
   return utf8;
 }
 
+std::optional<file_identity> identity_of_handle(HANDLE file) {
+  BY_HANDLE_FILE_INFORMATION about{};
+  if (GetFileType(file) != FILE_TYPE_DISK || GetFileInformationByHandle(file, &about) == 0) return std::nullopt;
+  const std::uint64_t index = std::uint64_t{about.nFileIndexHigh} << 32 | about.nFileIndexLow;
+  return file_identity{about.dwVolumeSerialNumber, index, true};
+}
+
 }  // namespace
 
 std::vector<std::string> command_line_words(int argc, char** argv) {
@@ -41,6 +48,20 @@ std::filesystem::path path_of(const std::string& name) {
 }
 
 std::FILE* open_for_reading(const std::string& name) { return _wfopen(path_of(name).c_str(), L"rb"); }
+
+std::optional<file_identity> identity_of(const std::string& name) {
+  constexpr DWORD share_all = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+  const HANDLE file = CreateFileW(path_of(name).c_str(), FILE_READ_ATTRIBUTES, share_all, nullptr, OPEN_EXISTING,
+                                  FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return std::nullopt;
+  const std::optional<file_identity> identity = identity_of_handle(file);
+  CloseHandle(file);
+  return identity;
+}
+
+std::optional<file_identity> identity_of(std::FILE* stream) {
+  return identity_of_handle(reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream))));
+}
 
 bool error_output_is_terminal() noexcept { return _isatty(_fileno(stderr)) != 0; }
 

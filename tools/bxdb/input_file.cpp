@@ -13,6 +13,7 @@
 #include <memory>
 
 #include "failure.h"
+#include "file_names.h"
 #include "host.h"
 #include "progress.h"
 #include "text.h"
@@ -33,27 +34,27 @@ std::size_t expected_size(const std::string& name, std::uint64_t limit) {
   return static_cast<std::size_t>(unknown ? 0 : std::min<std::uintmax_t>(size, limit));
 }
 
-std::string read_bytes(const std::string& name, std::uint64_t limit) {
+std::string read_bytes(std::FILE* file, const std::string& name, std::size_t expected, std::uint64_t limit) {
   constexpr std::size_t block = std::size_t{1} << 20;
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(open_for_reading(name), &std::fclose);
-  if (!file) cannot_read(name, errno);
   std::string bytes;
-  bytes.reserve(expected_size(name, limit) + block);
+  bytes.reserve(expected + block);
   for (;;) {
     const std::size_t held = bytes.size();
     if (bytes.capacity() < held + block) bytes.reserve(held + std::max(held / 2, block));
     bytes.resize(held + block);
-    const std::size_t got = std::fread(bytes.data() + held, 1, block, file.get());
+    const std::size_t got = std::fread(bytes.data() + held, 1, block, file);
     bytes.resize(held + got);
-    if (std::ferror(file.get()) != 0) cannot_read(name, errno);
+    if (std::ferror(file) != 0) cannot_read(name, errno);
     if (bytes.size() > limit) throw failure(fmt::format("{}: more than {} bytes; see --max-size", name, limit));
     if (got < block) return bytes;
   }
 }
 
-qelmodb::content content_of(const input_file& file, const input_options& options) {
-  if (options.grid_file || is_grid_name(file.name)) return qelmodb::content::grid;
-  return qelmodb::detect_content(file.bytes);
+void find_content(input_file& file, const input_options& options) {
+  const bool is_grid = options.grid_file || is_grid_name(file.name);
+  const std::optional<qelmodb::content> told = is_grid ? qelmodb::content::grid : qelmodb::find_content(file.bytes);
+  file.is_certain = told.has_value();
+  file.what = told.value_or(qelmodb::content::database);
 }
 
 }  // namespace
@@ -67,15 +68,34 @@ std::uint64_t default_max_size() noexcept {
 
 std::int64_t default_max_memory() noexcept { return static_cast<std::int64_t>(2 * default_max_size()); }
 
-input_file read_input(const std::string& name, const input_options& options) {
-  const progress shown("reading " + name);
+std::string read_input_bytes(const std::string& name, std::uint64_t limit) {
+  if (is_standard_stream(name)) return read_bytes(stdin, shown_input(name), 0, limit);
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(open_for_reading(name), &std::fclose);
+  if (!file) cannot_read(name, errno);
+  return read_bytes(file.get(), name, expected_size(name, limit), limit);
+}
+
+input_file read_packed_input(const std::string& name, const input_options& options) {
   input_file file;
-  file.name = name;
-  file.bytes = read_bytes(name, options.max_size);
+  file.name = shown_input(name);
+  const progress shown("reading " + file.name);
+  refuse_printing_into(name);
+  file.bytes = read_input_bytes(name, options.max_size);
   file.size_on_disk = file.bytes.size();
   file.packed = packing_of(file.bytes);
-  if (file.packed != packing::none) file.bytes = unpack(file.bytes, file.packed, name, options.max_size);
-  file.what = content_of(file, options);
+  return file;
+}
+
+void unpack_input(input_file& file, const input_options& options) {
+  const progress shown("unpacking " + file.name);
+  if (file.packed != packing::none) file.bytes = unpack(file.bytes, file.packed, file.name, options.max_size);
+  file.is_unpacked = true;
+  find_content(file, options);
+}
+
+input_file read_input(const std::string& name, const input_options& options) {
+  input_file file = read_packed_input(name, options);
+  unpack_input(file, options);
   return file;
 }
 

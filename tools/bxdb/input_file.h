@@ -28,15 +28,24 @@ std::uint64_t default_max_size() noexcept;
 std::int64_t default_max_memory() noexcept;
 
 struct input_file {
-  std::string name;
+  std::string name;  ///< as messages show it
   packing packed = packing::none;
   std::uint64_t size_on_disk = 0;
   qelmodb::content what = qelmodb::content::database;
+  bool is_certain = false;  ///< what; not when neither the bytes nor the name nor the options tell
+  bool is_unpacked = false;
   std::string bytes;
 };
 
-/// Reads the whole file once. Throws failure, which names the file and the reason.
+/// Reads the whole file once; "-" is standard input. Throws failure, which names the file and the reason.
 input_file read_input(const std::string& name, const input_options& options);
+
+/// The same in two steps: bytes are packed between them. The second throws damaged_data, too.
+input_file read_packed_input(const std::string& name, const input_options& options);
+void unpack_input(input_file& file, const input_options& options);
+
+/// The bytes of a file as they are, at most limit of them. Throws likewise.
+std::string read_input_bytes(const std::string& name, std::uint64_t limit);
 
 /// Whether the name is one of a grid file.
 bool is_grid_name(std::string_view name) noexcept;

@@ -44,21 +44,21 @@ std::string fault_text(const std::string& name, const qelmodb::fault& fault) {
 loaded_database load_database(const std::string& name, const input_options& options) {
   input_file input = read_input(name, options);
   loaded_database loaded;
-  loaded.name = name;
+  loaded.name = input.name;
   loaded.packed = input.packed;
   loaded.size_on_disk = input.size_on_disk;
   loaded.size = input.bytes.size();
   loaded.what = input.what;
   {
-    progress shown("checking " + name);
+    progress shown("checking " + input.name);
     qelmodb::check_options check;
     check.report = shown.options().report;
     check.within = options.within;
     loaded.times.check = timed([&] { loaded.report = qelmodb::check_bytes(input.bytes, input.what, check); });
   }
-  if (!loaded.report.loadable()) refuse(name, loaded.report);
+  if (!loaded.report.loadable()) refuse(loaded.name, loaded.report);
 
-  progress shown("loading " + name);
+  progress shown("loading " + loaded.name);
   loaded.db = std::make_unique<BX_DB>();
   loaded.db->setseparator(options.cut ? '\0' : '$');
   bool complete = false;
@@ -66,7 +66,7 @@ loaded_database load_database(const std::string& name, const input_options& opti
     UT_MEMFILE file(std::move(input.bytes));
     complete = qelmodb::load(*loaded.db, file, input.what, shown.options());
   });
-  if (!complete) throw failure(name + ": not loaded, though no fault was found; is there enough memory?");
+  if (!complete) throw failure(loaded.name + ": not loaded, though no fault was found; is there enough memory?");
   return loaded;
 }
 

@@ -19,7 +19,7 @@ struct load_times {
 };
 
 struct loaded_database {
-  std::string name;
+  std::string name;  ///< as messages show it
   packing packed = packing::none;
   std::uint64_t size_on_disk = 0;
   std::uint64_t size = 0;  ///< of the unpacked bytes
@@ -29,9 +29,9 @@ struct loaded_database {
   std::unique_ptr<BX_DB> db;
 };
 
-/// Reads, checks and loads a file. A "$" in a wire name survives unless options say otherwise. Throws
-/// failure when the file cannot be read or loaded, or goes beyond what the options allow; its faults go to standard
-/// error.
+/// Reads, checks and loads a file; "-" is standard input. A "$" in a wire name survives unless options say otherwise.
+/// Throws failure when the file cannot be read or loaded, or goes beyond what the options allow; its faults go to
+/// standard error.
 loaded_database load_database(const std::string& name, const input_options& options);
 
 /// An index over the whole tree, which the database must outlive.

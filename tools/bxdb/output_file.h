@@ -1,9 +1,10 @@
 // SPDX-FileCopyrightText: The qelmodb authors
 // SPDX-License-Identifier: Apache-2.0
 
-// An output file that appears as a whole, packed as its name says, or not at all.
+// An output file that appears as a whole, packed as its name says, or not at all; or standard output.
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "packing_stream.h"
@@ -16,9 +17,9 @@ qelmodb::form form_named(const std::string& name);
 
 class output_file {
  public:
-  /// Opens the file for bytes that are packed as said. Throws failure with the reason when it cannot be
-  /// written. The target stays what it was until commit.
-  output_file(std::string name, packing how);
+  /// Opens the file for bytes that are packed as said; "-" is standard output. Throws failure with the reason when it
+  /// cannot be written. The target stays what it was until commit, unless it is a stream.
+  output_file(const std::string& name, packing how);
 
   /// Where the bytes go.
   UT_PTRFILE& stream() noexcept { return packed_; }
@@ -27,9 +28,13 @@ class output_file {
   /// then stays what it was.
   void commit();
 
+  ~output_file();
+
  private:
-  std::string name_;
-  UT_PTRFILE raw_;  // an output that is never committed is discarded by this one's destructor
+  class standard_output;
+
+  std::unique_ptr<standard_output> standard_;  // null unless that is the output
+  UT_PTRFILE file_;  // an output that is never committed is discarded by this one's destructor
   packing_stream packed_;
 };
 

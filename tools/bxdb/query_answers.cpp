@@ -8,24 +8,12 @@
 #include <algorithm>
 #include <array>
 #include <limits>
-#include <stdexcept>
+
+#include "question.h"
 
 namespace bxdb {
 
-const char* const question_forms =
-    "  {\"name\": \"BASIC_ASS\"}            the instances of a name\n"
-    "  {\"at\": [120, -7]}                the instances that cover a point\n"
-    "  {\"meeting\": [0, 0, 120, 64]}     the instances that meet a rectangle, given by two opposite corners\n"
-    "  {\"node\": [120, 64]}              the wires at a node\n"
-    "  {\"wire\": \"N1BEG0\", \"in\": 17}     the wires of a name in an instance\n"
-    "  {\"instance\": 17}                 an instance, its neighbours in the walk, and what it holds";
-
 namespace {
-
-class no_question : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
 
 template <std::size_t count>
 std::array<bx_long, count> coordinates(const json& question, const char* key) {
@@ -42,34 +30,10 @@ std::array<bx_long, count> coordinates(const json& question, const char* key) {
   return values;
 }
 
-std::string text_of(const json& question, const char* key) {
-  const json& value = question.at(key);
-  if (!value.is_string()) throw no_question(fmt::format("\"{}\" takes a text", key));
-  return value.get<std::string>();
-}
-
 std::size_t most_of(const json& question) {
   if (!question.contains("most")) return std::numeric_limits<std::size_t>::max();
   if (!question["most"].is_number_unsigned()) throw no_question("\"most\" takes a whole number that is not negative");
   return question["most"].get<std::size_t>();
-}
-
-// A question is told by its key, of which there is exactly one.
-std::string kind_of(const json& question) {
-  if (!question.is_object()) throw no_question("a question is an object");
-  std::string kind;
-  for (const auto& [key, value] : question.items()) {
-    if (key == "id" || key == "most" || key == "in") continue;
-    const auto kinds = {"name", "at", "meeting", "node", "wire", "instance"};
-    if (std::find(kinds.begin(), kinds.end(), key) == kinds.end()) {
-      throw no_question(fmt::format("no question has a \"{}\"", key));
-    }
-    if (!kind.empty()) throw no_question(fmt::format("\"{}\" and \"{}\" are two questions", kind, key));
-    kind = key;
-  }
-  if (kind.empty()) throw no_question("nothing is asked");
-  if (question.contains("in") != (kind == "wire")) throw no_question("\"wire\" and \"in\" go together");
-  return kind;
 }
 
 }  // namespace
@@ -77,12 +41,7 @@ std::string kind_of(const json& question) {
 json query_answers::answer(const std::string& line) {
   json answered = json::object();
   try {
-    const json question = json::parse(line);
-    if (question.is_object() && question.contains("id")) answered["id"] = question["id"];
-    answered.update(answer_to(question));
-  } catch (const json::parse_error& e) {
-    ++faults_;
-    answered["error"] = fmt::format("no JSON; see its character {}", e.byte);
+    answered.update(answer_to(parse_question(line, answered)));
   } catch (const no_question& e) {
     ++faults_;
     answered["error"] = e.what();
@@ -93,9 +52,9 @@ json query_answers::answer(const std::string& line) {
 json query_answers::answer_to(const json& question) {
   const std::string kind = kind_of(question);
   const std::size_t most = most_of(question);
-  if (kind == "instance") return described(question["instance"], most);
+  if (kind == "instance") return described(question, most);
   if (kind == "wire") {
-    collect_wires(text_of(question, "wire").c_str(), question["in"]);
+    collect_wires(text_of(question, "wire").c_str(), question);
     return wires_answer(most);
   }
   if (kind == "node") {
@@ -153,29 +112,30 @@ json query_answers::long_form(const BX_INSTANCE& inst) {
   return shown;
 }
 
-json query_answers::described(const json& which, std::size_t most) {
-  instances_ = instances_at_path(which);
+json query_answers::described(const json& question, std::size_t most) {
+  instances_ = instances_given_by(question, "instance");
   json list = json::array();
   for (std::size_t i = 0; i < std::min(most, instances_.size()); ++i) list.push_back(long_form(*instances_[i]));
   return {{"count", instances_.size()}, {"instances", std::move(list)}};
 }
 
-void query_answers::collect_wires(const char* name, const json& where) {
+void query_answers::collect_wires(const char* name, const json& question) {
   wires_.clear();
-  for (BX_INSTANCE* inst : instances_at_path(where)) {
+  for (BX_INSTANCE* inst : instances_given_by(question, "in")) {
     for (BX_WIRE* wire = nullptr; (wire = index_.wire(*inst, name, wire)) != nullptr;) wires_.push_back({wire, inst});
   }
 }
 
 // An instance is given by its number in the walk, or by its path, which several can have. A name may hold a "/".
-std::vector<BX_INSTANCE*> query_answers::instances_at_path(const json& where) const {
+std::vector<BX_INSTANCE*> query_answers::instances_given_by(const json& question, const char* key) const {
+  const json& where = question.at(key);
   if (where.is_number_unsigned()) {
     const auto number = where.get<std::uint64_t>();
     if (number >= index_.instances().size()) throw no_question(fmt::format("there is no instance {}", number));
     return {index_.instances()[number]};
   }
   if (!where.is_string()) throw no_question("an instance is given by its number or its path");
-  const auto path = where.get<std::string>();
+  const std::string path = text_of(question, key);
   std::vector<BX_INSTANCE*> found;
   // No file holds longer names.
   const std::size_t shortest = path.size() - std::min<std::size_t>(path.size(), BX_GRID_NAME_LIMIT);

@@ -12,9 +12,6 @@
 
 namespace bxdb {
 
-/// What a question can be, one line each with an example.
-extern const char* const question_forms;
-
 class query_answers {
  public:
   explicit query_answers(const qelmodb::tree_index& index) : index_(index), paths_(index) {}
@@ -32,10 +29,10 @@ class query_answers {
   json short_form(const BX_INSTANCE& inst);
   json long_form(const BX_INSTANCE& inst);
   json number_or_null(const BX_INSTANCE* inst) const;
-  json described(const json& which, std::size_t most);
+  json described(const json& question, std::size_t most);
 
-  void collect_wires(const char* name, const json& where);
-  std::vector<BX_INSTANCE*> instances_at_path(const json& where) const;
+  void collect_wires(const char* name, const json& question);
+  std::vector<BX_INSTANCE*> instances_given_by(const json& question, const char* key) const;
   bool has_path(const BX_INSTANCE& inst, std::string_view path) const;
 
   const qelmodb::tree_index& index_;

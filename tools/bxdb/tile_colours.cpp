@@ -24,8 +24,8 @@ colour from_hex(unsigned rgb) noexcept {
 /// A pale colour; the hue goes round the circle from 0 to 1.
 colour pale(double hue) noexcept {
   const auto channel = [hue](double shift) {
-    const double place = std::fmod(hue + shift, 1.0) * 6.0;
-    const double strength = std::clamp(std::abs(place - 3.0) - 1.0, 0.0, 1.0);
+    const double sixth = std::fmod(hue + shift, 1.0) * 6.0;
+    const double strength = std::clamp(std::abs(sixth - 3.0) - 1.0, 0.0, 1.0);
     return 0.62 + 0.30 * strength;
   };
   return {channel(0.0), channel(2.0 / 3.0), channel(1.0 / 3.0)};

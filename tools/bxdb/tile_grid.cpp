@@ -11,7 +11,9 @@
 
 #include "device_description.h"
 #include "failure.h"
+#include "file_names.h"
 #include "host.h"
+#include "input_file.h"
 #include "progress.h"
 #include "text.h"
 
@@ -34,14 +36,21 @@ std::vector<const char*> prefixes_of(const grid_options& options) {
 /// The description that the options name, or else the one that stands beside the file; empty when there is none.
 std::string description_for(const grid_options& options) {
   if (!options.device.empty()) return options.device;
+  if (is_standard_stream(options.file)) return {};
   std::string beside = description_beside(options.file);
   std::error_code unknown;
   return std::filesystem::exists(path_of(beside), unknown) ? beside : std::string();
 }
 
-std::unique_ptr<NP_TABLEDEVICE> read_description(const std::string& name) {
+std::unique_ptr<NP_TABLEDEVICE> read_description(const std::string& name, std::uint64_t max_size) {
   std::string why;
-  auto device = NP_TABLEDEVICE::read(name.c_str(), why);
+  std::unique_ptr<NP_TABLEDEVICE> device;
+  if (is_standard_stream(name)) {
+    UT_MEMFILE file(read_input_bytes(name, max_size));
+    device = NP_TABLEDEVICE::read(file, shown_input(name).c_str(), why);
+  } else {
+    device = NP_TABLEDEVICE::read(name.c_str(), why);
+  }
   if (!device) throw failure(why);
   return device;
 }
@@ -74,7 +83,7 @@ class grid_maker {
       : db_(*loaded.db), options_(options), prefixes_(prefixes_of(options)), which_(tiles_of(loaded)) {}
 
   std::unique_ptr<BX_GRID> make() {
-    const progress shown("arranging the tiles of " + options_.file);
+    const progress shown("arranging the tiles of " + shown_input(options_.file));
     if (options_.derivation == deriving::always) {
       const auto device = derived();
       return needed(device ? grid_with(device.get()) : nullptr, {});
@@ -85,11 +94,11 @@ class grid_maker {
 
  private:
   std::unique_ptr<BX_GRID> described(const std::string& description) {
-    const auto read = read_description(description);
+    const auto read = read_description(description, options_.input.max_size);
     watched_device device(*read);
-    auto grid = needed(grid_with(&device), " (device: " + description + ")");
+    auto grid = needed(grid_with(&device), " (device: " + shown_input(description) + ")");
     if (!options_.device.empty() && !device.asked()) {
-      note("the tiles fill all rows alike, so the description is not asked: " + description);
+      note("the tiles fill all rows alike, so the description is not asked: " + shown_input(description));
     }
     return grid;
   }
@@ -120,12 +129,12 @@ class grid_maker {
   }
 
   std::unique_ptr<BX_GRID> needed(std::unique_ptr<BX_GRID> grid, const std::string& hint) const {
-    if (!grid) throw failure(fmt::format("{}: no grid: {}{}", options_.file, why_, hint));
+    if (!grid) throw failure(fmt::format("{}: no grid: {}{}", shown_input(options_.file), why_, hint));
     return grid;
   }
 
   void note(const std::string& text) const {
-    fmt::print(stderr, "bxdb: {}: {}\n", printable(options_.file), printable(text));
+    fmt::print(stderr, "bxdb: {}: {}\n", printable(shown_input(options_.file)), printable(text));
   }
 
   BX_DB& db_;

@@ -75,6 +75,12 @@ std::string unpacked(std::string_view packed, packing how, growing_text text) {
 
 }  // namespace
 
+damaged_data::damaged_data(const std::string& name, std::string_view format, std::uint64_t place,
+                           const std::string& what)
+    : failure(fmt::format("{}: {} data damaged at byte {}: {}", name, format, place, what)),
+      at(place),
+      reason(fmt::format("{} data damaged: {}", format, what)) {}
+
 const char* to_string(packing how) noexcept {
   switch (how) {
     case packing::gzip:

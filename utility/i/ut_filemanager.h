@@ -22,11 +22,15 @@ class BX_API UT_FILEMANAGER {
   /// opened for the access (geterror says why); a directory cannot.
   ///
   /// With access UT_WRITE and replace true, the bytes go to a temporary file beside the target
-  /// (behind symbolic links), which rm_ofile puts in the target's place. A target that is no
-  /// regular file (a device, a pipe) is written directly. With replace false an existing file is
-  /// cut and written in place. Reading ignores replace. The stream stays the caller's and must not
-  /// be registered already.
+  /// (behind symbolic links), which rm_ofile puts in the target's place. What is_stream says to be a
+  /// stream is written directly. With replace false an existing file is cut and written in place.
+  /// Reading ignores replace. The stream stays the caller's and must not be registered already.
   virtual UT_PTRFILE* add_ofile(const char* name, UT_ACCESS access, UT_PTRFILE* stream, bool replace);
+
+  /// Whether the name leads to what is written directly and never replaced: a pipe, a socket, a device, or a
+  /// handle that a process has open, such as /dev/stdout and /dev/fd/5, even when a regular file is behind it. A
+  /// handle of this process is written on from where it is.
+  static bool is_stream(const char* name);
 
   /// Flushes and closes the stream and unregisters it. For a file that is written: makes the bytes
   /// durable and moves the temporary file over the target, but only when every write was taken;

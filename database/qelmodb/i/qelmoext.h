@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -108,16 +109,23 @@ struct check_options {
 
 /// What a check found.
 struct check_report {
-  form file_form = form::text;
-  content file_content = content::database;
+  form file_form = form::text;               ///< told by the first line; without a whole one there is no section either
+  content file_content = content::database;  ///< what it was checked as
+  bool is_other_content = false;             ///< not loadable as that, but as the other
+
+  /// What a file that is no BX_DB file is known to be: "empty", "a PNG picture", "packed by gzip"; null when nothing is
+  /// known about it, and for BX_DB files.
+  const char* foreign_kind = nullptr;
+
   std::int64_t bytes = 0;
-  std::int64_t instances = 0;     ///< root included
-  std::int64_t wires = 0;         ///< of a compressed file those that its templates give to its instances
-  std::int64_t names = 0;         ///< entries of the name table; 0 where the form has none
-  std::int64_t depth = 0;         ///< of the deepest instance; the root has 0
-  std::int64_t dollar_wires = 0;  ///< wires whose name holds a "$", which loading replaces by the separator
-  std::int64_t memory = 0;        ///< bytes of the loaded tree, about; names of text files and templates left out
-  const char* limit = nullptr;    ///< the name of that in limits at which the check ended
+  std::int64_t instances = 0;        ///< root included
+  std::int64_t wires = 0;            ///< of a compressed file those that its templates give to its instances
+  std::int64_t names = 0;            ///< entries of the name table; 0 where the form has none
+  std::int64_t different_names = 0;  ///< texts that name instances or wires, as tree_size::names counts them
+  std::int64_t depth = 0;            ///< of the deepest instance; the root has 0
+  std::int64_t dollar_wires = 0;     ///< wires whose name holds a "$", which loading replaces by the separator
+  std::int64_t memory = 0;           ///< bytes of the loaded tree, about; names of text files and templates left out
+  const char* limit = nullptr;       ///< the name of that in limits at which the check ended
   std::int64_t errors = 0;
   std::int64_t warnings = 0;
   std::int64_t notes = 0;
@@ -146,7 +154,11 @@ BX_API check_report check_file(const char* filename, content what, const check_o
 BX_API bool load_checked(BX_DB& db, const char* filename, content what, check_report& report,
                          const check_options& options = {});
 
-/// What the bytes of a file hold, as far as they tell; database when both are possible.
+/// What the bytes of a file hold; none when they do not tell, as those of a file that is no BX_DB file or is cut off
+/// too early. A file that could be both is a database.
+BX_API std::optional<content> find_content(std::string_view bytes);
+
+/// The same, and database when the bytes do not tell.
 BX_API content detect_content(std::string_view bytes);
 
 // ---- files on streams
