@@ -61,7 +61,7 @@ class compression_survey {
     bx_wire_list_index lists(former_, std::move(template_names));
     for (const BX_INSTANCE* inst : tiles) add_list(lists, *inst);
     for (const BX_INSTANCE* inst : matrices_) {
-      if (lists.find(*inst) < lists.count() || is_named(*inst)) continue;
+      if (lists.find(*inst) < lists.count() || object_to_lacking_wires(*inst)) continue;
       object(inst, "switch matrix with wires like no other, hidden behind another one at the same place");
     }
   }
@@ -84,10 +84,11 @@ class compression_survey {
       const auto known = model_numbers_.find(name);
       return known != model_numbers_.end() ? known->second : bx_wire_name_number(name);
     };
+    const char* missing = nullptr;
     const auto templates = static_cast<std::size_t>(model_->getnumwires());
-    const std::optional<bx_wire_list> list = bx_wire_list_of(inst, templates, number_of, [](bx_long) { return false; });
+    const std::optional<bx_wire_list> list = bx_wire_list_of(inst, templates, number_of, missing);
     if (!list) {
-      is_named(inst);
+      object_to_lacking_wires(inst);
       return;
     }
     lists.add(*list);
@@ -121,7 +122,7 @@ class compression_survey {
   /// Whether the instance has wires that the richest one lacks. They are named, once for all instances with these
   /// wires. The build knows wires by their strings, not by their texts. These differ in hand-made binary files, and
   /// where cutting at "$" made names equal.
-  bool is_named(const BX_INSTANCE& inst) {
+  bool object_to_lacking_wires(const BX_INSTANCE& inst) {
     const auto is_lacking = [this](const BX_WIRE& wire) { return model_numbers_.count(wire.name) == 0; };
     if (std::none_of(inst.wires.begin(), inst.wires.end(), is_lacking)) return false;
     if (!named_.number_of(inst).is_new) return true;

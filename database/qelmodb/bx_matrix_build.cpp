@@ -133,12 +133,12 @@ bool bx_matrix_builder::make_wire_lists() {
       bx_report_too_many("wire lists", bx_most_in_set + 1);
       return false;
     }
-    std::optional<bx_wire_list> list =
-        bx_wire_list_of(*at.inst, set_.num_wire_template, bx_wire_name_number, [&at](bx_long j) {
-          bx_report_missing_wire_template(at.inst->wires[j].name);
-          return false;
-        });
-    if (!list) return false;
+    const char* missing = nullptr;
+    std::optional<bx_wire_list> list = bx_wire_list_of(*at.inst, set_.num_wire_template, bx_wire_name_number, missing);
+    if (!list) {
+      bx_report_missing_wire_template(missing);
+      return false;
+    }
     index.add(*list);
     fresh.push_back(std::move(*list));
   }

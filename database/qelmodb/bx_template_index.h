@@ -17,7 +17,6 @@
 #include "bx_basic_ass_template.h"
 #include "bx_db.h"
 #include "bx_name_lists.h"
-#include "bx_range_map.h"
 #include "ut_hash.h"
 
 /// A new template with the layout of an instance.
@@ -91,21 +90,21 @@ class bx_wire_list_index {
   std::vector<int> found_;  // by the number that strings_ gives; what was not found is asked for again
 };
 
-/// The wire list of an instance for a set with so many wire templates: the number of each wire, found by the address of
-/// its name. number_of(name) gives bx_no_wire_number for a name that no build has met. A number that is beyond the
-/// templates comes from an earlier build, and is as good as none: missing is then called with the index of the wire,
-/// and says whether to go on. The count of wires is kept in 16 bits. Null when missing ended it.
-template <class NumberOf, class Missing>
+/// The wire list of an instance for a set with this many wire templates. number_of(name) gives the number that builds
+/// know a string by, or bx_no_wire_number. A number beyond the templates is one of an earlier build, and is as good as
+/// none. Wires are counted in 16 bits. Null when a wire has no template; missing is its name then.
+template <class NumberOf>
 std::optional<bx_wire_list> bx_wire_list_of(const BX_INSTANCE& inst, std::size_t templates, NumberOf number_of,
-                                            Missing missing) {
-  bx_wire_list list(static_cast<std::uint16_t>(static_cast<bx_ulong>(inst.getnumwires())), NO_INDEX);
+                                            const char*& missing) {
+  bx_wire_list list(static_cast<std::uint16_t>(static_cast<bx_ulong>(inst.getnumwires())));
   for (std::size_t j = 0; j < list.size(); ++j) {
-    const int number = number_of(inst.wires[static_cast<bx_long>(j)].name);
-    if (number >= 0 && static_cast<std::size_t>(number) < templates) {
-      list[j] = static_cast<std::uint16_t>(number);
-    } else if (!missing(static_cast<bx_long>(j))) {
+    const char* const name = inst.wires[static_cast<bx_long>(j)].name;
+    const int number = number_of(name);
+    if (number < 0 || static_cast<std::size_t>(number) >= templates) {
+      missing = name;
       return std::nullopt;
     }
+    list[j] = static_cast<std::uint16_t>(number);
   }
   return list;
 }
