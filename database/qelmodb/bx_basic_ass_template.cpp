@@ -81,11 +81,6 @@ class BASIC_ASS_TEMPLATE::line_coordinates {
   numbered_coordinates rows_;
 };
 
-struct BASIC_ASS_TEMPLATE::table_size {
-  std::size_t columns;
-  std::size_t rows;
-};
-
 BASIC_ASS_TEMPLATE::BASIC_ASS_TEMPLATE() noexcept = default;
 
 BASIC_ASS_TEMPLATE::BASIC_ASS_TEMPLATE(const BASIC_ASS_TEMPLATE& other) { *this = other; }
@@ -101,9 +96,7 @@ BASIC_ASS_TEMPLATE& BASIC_ASS_TEMPLATE::operator=(const BASIC_ASS_TEMPLATE& othe
   colmap = other.colmap;
   rowmap = other.rowmap;
   ins_points = other.ins_points;
-  made_table_ = other.made_table_.load();
-  made_columns_ = other.made_columns_.load();
-  made_rows_ = other.made_rows_.load();
+  outgrown_ = other.outgrown_;
   coordinates_ = other.coordinates_.load();
   former_templates_ = other.former_templates_;
   return *this;
@@ -126,9 +119,9 @@ void BASIC_ASS_TEMPLATE::release_wire_lists() noexcept {
 }
 
 void BASIC_ASS_TEMPLATE::release_corners() noexcept {
-  if (ins_points != nullptr) release_table(ins_points, size_of(ins_points).columns);
+  if (ins_points != nullptr) release_table(ins_points, columns_of(ins_points));
   ins_points = nullptr;
-  made_table_ = nullptr;
+  outgrown_ = {};
   delete coordinates_.exchange(nullptr);
 }
 
@@ -164,20 +157,22 @@ std::uint16_t BASIC_ASS_TEMPLATE::get_wire_list_idx_sm(BX_INSTANCE* inst) const 
 // Several threads may come here at once, with the same maps: all make the same table, and one table stays.
 void BASIC_ASS_TEMPLATE::init_ins_points() {
   BX_POINT** const made = line_coordinates(colmap, rowmap).table();
-  made_columns_ = static_cast<std::uint32_t>(colmap.size());
-  made_rows_ = static_cast<std::uint32_t>(rowmap.size());
   BX_POINT** none = nullptr;
-  if (std::atomic_ref(ins_points).compare_exchange_strong(none, made)) {
-    made_table_ = made;
-  } else {
-    release_table(made, colmap.size());
-  }
+  if (!std::atomic_ref(ins_points).compare_exchange_strong(none, made)) release_table(made, colmap.size());
 }
 
-// Any other table than the library's own is a client's, for the maps as they are.
-BASIC_ASS_TEMPLATE::table_size BASIC_ASS_TEMPLATE::size_of(BX_POINT** table) const noexcept {
-  if (table == made_table_) return {made_columns_, made_rows_};
-  return {colmap.size(), rowmap.size()};
+std::size_t BASIC_ASS_TEMPLATE::columns_of(BX_POINT** table) const noexcept {
+  return outgrown_.is(table) ? outgrown_.columns : colmap.size();
+}
+
+std::size_t BASIC_ASS_TEMPLATE::rows_of(BX_POINT** table) const noexcept {
+  return outgrown_.is(table) ? outgrown_.rows : rowmap.size();
+}
+
+// The table in place, if there is one, keeps the size that it has.
+void BASIC_ASS_TEMPLATE::lines_will_be_added() noexcept {
+  if (ins_points == nullptr || colmap.empty() || outgrown_.is(ins_points)) return;
+  outgrown_ = {ins_points, ins_points[0], ins_points[colmap.size() - 1], colmap.size(), rowmap.size()};
 }
 
 const BASIC_ASS_TEMPLATE::line_coordinates& BASIC_ASS_TEMPLATE::known_coordinates() {
@@ -196,8 +191,7 @@ BX_POINT BASIC_ASS_TEMPLATE::corner_at(std::uint16_t column, std::uint16_t row) 
     init_ins_points();
   }
   BX_POINT** const points = table.load();
-  const table_size size = size_of(points);
-  return column < size.columns && row < size.rows ? points[column][row] : NO_POINT;
+  return column < columns_of(points) && row < rows_of(points) ? points[column][row] : NO_POINT;
 }
 
 BX_POINT BASIC_ASS_TEMPLATE::restore_wire(BX_POINT pos, int k, int j) {

@@ -77,13 +77,15 @@ class BX_INSTANCE::binding {
   // instance that leaves a database frees nothing: the strings are that database's.
   std::size_t rebind(BX_INSTANCE& inst, std::size_t next) noexcept {
     const bool was_alone = inst.top == nullptr;
-    if (was_alone && store_ != nullptr && !inst.nameborrowed) store_->keep(inst.name);
+    char* const old_name = inst.name;
+    if (was_alone && store_ != nullptr && !inst.nameborrowed) store_->keep(old_name);
     inst.name = names_[next++];
     if (db_ == nullptr) inst.nameborrowed = false;
     for (BX_WIRE& wire : inst.wires) {
       char* const fresh = names_[next++];
-      // A client may have made the wire with a string of the database.
-      if (was_alone && !wire.nameborrowed && wire.name != fresh) std::free(wire.name);
+      // A client may have made the wire with a string of the database, or with that of the instance.
+      const bool is_its_own = wire.name != fresh && wire.name != old_name;
+      if (was_alone && !wire.nameborrowed && is_its_own) std::free(wire.name);
       wire.name = fresh;
       if (db_ == nullptr) wire.nameborrowed = false;
     }

@@ -125,6 +125,13 @@ std::string_view behind_line(std::string_view text) {
   return end != std::string_view::npos ? text.substr(end + 1) : std::string_view();
 }
 
+// The text after a name in quotes, which may hold a line end.
+std::string_view behind_name(std::string_view text) {
+  const std::size_t quote = text.find('"');
+  const std::size_t end = quote != std::string_view::npos ? text.find('"', quote + 1) : quote;
+  return end != std::string_view::npos ? text.substr(end + 1) : std::string_view();
+}
+
 std::string_view behind_blanks(std::string_view text) {
   return text.substr(std::min(text.find_first_not_of(" \t\r\n"), text.size()));
 }
@@ -134,7 +141,7 @@ std::optional<content> content_of_text(std::string_view bytes) {
   const std::string_view label = "BX_INSTANCE:";
   const std::string_view root = behind_line(bytes);
   if (behind_blanks(root).substr(0, label.size()) != label) return std::nullopt;
-  const std::string_view next = behind_blanks(behind_line(behind_line(root)));
+  const std::string_view next = behind_blanks(behind_line(behind_line(behind_name(root))));
   if (next.empty()) {
     return check_as(bytes, content::grid, {0}).loadable() ? std::optional(content::grid) : std::nullopt;
   }
@@ -150,7 +157,7 @@ void tell_other_content(std::string_view bytes, const qelmodb::check_options& op
                                   [](const qelmodb::fault& fault) { return fault.level == severity::error; });
   if (first == report.faults.end() || report.sections.empty() || report.limit != nullptr) return;
   const content other = other_than(report.file_content);
-  if (!check_as(bytes, other, {0, options.within, {}}).loadable()) return;
+  if (!check_as(bytes, other, {0, options.within, options.report}).loadable()) return;
   report.is_other_content = true;
   first->message += std::string("; the file is a ") + to_string(other) + " file, but a " +
                     to_string(report.file_content) + " file was expected";
@@ -167,7 +174,7 @@ check_report check_bytes(std::string_view bytes, content what, const check_optio
     bx_check_context context(bytes, options);
     check_whole(context, what);
     report = std::move(context.report);
-    report.different_names = context.different_names.count();
+    report.different_names = context.different_names();
     was_cancelled = context.was_cancelled;
   }
   std::stable_sort(report.faults.begin(), report.faults.end(),

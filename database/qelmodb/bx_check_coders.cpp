@@ -184,7 +184,7 @@ bool bx_text_checker::name(bx_check_record& record) {
   if (record.name.find('\0') != std::string_view::npos)
     return context_.fail(context_.at(), "the name holds a NUL byte");
   if (line_end < quote) context_.add(severity::warning, context_.at(), "the name holds a line end");
-  context_.different_names.add(record.name);
+  context_.count_name(record.name);
   context_.advance(quote + 1);
   return true;
 }
@@ -337,7 +337,7 @@ bool bx_binary_checker::reference(std::string_view& text, bool is_root) {
     text = known->second.text;
     if (!known->second.is_used) {
       known->second.is_used = true;
-      context_.different_names.add(text);
+      context_.count_name(text);
     }
     return true;
   }

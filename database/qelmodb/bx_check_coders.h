@@ -59,7 +59,6 @@ class bx_check_context {
   std::string part;                     // what else is in hand, such as "template 5"; begins the messages
   bool counts_lines = false;
   bool was_cancelled = false;
-  bx_name_counter different_names;
 
   std::size_t at() const noexcept { return at_; }
   std::size_t left() const noexcept { return bytes_.size() - at_; }
@@ -84,6 +83,12 @@ class bx_check_context {
 
   /// Counts the memory of a name that is kept for itself.
   void keeps_name(std::string_view text) noexcept { kept_names_ += static_cast<std::int64_t>(text.size()) + 32; }
+
+  /// Counts the name of an instance or a wire, which lies in the file, when that was asked for.
+  void count_name(std::string_view name) {
+    if (options_.count_names) different_names_.add(name);
+  }
+  std::int64_t different_names() const noexcept { return different_names_.count(); }
 
   /// To be called between records. False, and a fault, when the check was cancelled.
   bool go_on() { return at_ < next_report_ || report_progress(); }
@@ -111,6 +116,7 @@ class bx_check_context {
   std::int64_t line_ = 1;
   std::size_t next_report_ = 0;
   std::int64_t kept_names_ = 0;  // bytes
+  bx_name_counter different_names_;
 };
 
 class bx_text_checker {
@@ -189,7 +195,7 @@ class bx_binary_grid_checker : public bx_binary_checker_base {
   bool name(bx_check_record& record) {
     if (!string("name", bx_grid_name_size, record.name)) return false;
     context_.keeps_name(record.name);
-    context_.different_names.add(record.name);
+    context_.count_name(record.name);
     return true;
   }
 

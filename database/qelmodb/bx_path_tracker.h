@@ -11,24 +11,25 @@
 #include "bx_instance.h"
 #include "ut_string.h"
 
-/// The longest path, in characters, that is shown as a whole.
+/// What is shown of the end of a path, in characters.
 inline constexpr std::size_t bx_longest_path = 400;
 
-/// Joins count names, from the root down, by "/". A tree can be as deep as it has instances, so a path of longest
-/// characters or more is cut: the root and the end are kept, and "..." stands for the rest.
+/// Joins count names, from the root down, by "/". A tree can be as deep as it has instances, so of a long path the root
+/// and at most longest characters of the end are kept, the last name among them, and "..." stands for the rest. Of a
+/// name that is longer by itself that many characters are kept.
 template <class NameAt>
 std::string bx_joined_path(std::size_t count, NameAt name_at, std::size_t longest) {
   std::size_t first = count;
-  for (std::size_t length = 0; first > 0 && length + name_at(first - 1).size() < longest; --first) {
-    length += name_at(first - 1).size() + 1;
+  for (std::size_t length = 0; first > 0; --first) {
+    const std::size_t more = name_at(first - 1).size() + 1;
+    if (first != count && length + more > longest) break;
+    length += more;
   }
   std::string path;
-  const bool has_root = first > 0 && name_at(0).size() < longest;
-  if (has_root) path += name_at(0);
-  if (first > (has_root ? 1U : 0U)) path += has_root ? "/..." : "...";
+  if (first > 0) path.append(name_at(0).substr(0, longest)).append(first > 1 ? "/..." : "");
   for (std::size_t i = first; i < count; ++i) {
     if (i > 0) path += '/';
-    path += name_at(i);
+    path += name_at(i).substr(0, longest);
   }
   return path;
 }

@@ -77,9 +77,10 @@ void BX_INSTANCE::release_names(name_releaser& releaser) {
 // Destroys a subtree.
 //
 // Plain instances are destroyed by a walk that needs no stack. An instance of a derived class has a destructor of its
-// client's, which sees the instance with its name, wires and children. So the walk deletes it as it is, and
-// ~BX_INSTANCE gives the children to the walk then: trees of derived instances need no stack either. Only where there
-// is no memory to note these children they are destroyed at once, one level of stack deeper.
+// client's, which sees the instance with its name, wires and children. So the walk deletes it as it is, and its
+// children are destroyed by ~BX_INSTANCE, before the parent's memory is freed: a child may look at its parent. Derived
+// instances that are nested very deep would need as much stack. From a depth on their children are noted and destroyed
+// later.
 class BX_INSTANCE::destroyer {
  public:
   destroyer() = default;
@@ -103,18 +104,27 @@ class BX_INSTANCE::destroyer {
     return work != nullptr && work->in_hand_ == &inst ? work : nullptr;
   }
 
-  // Does the same for the instance in hand, its children later where that can be.
+  // Does the same for the instance in hand.
   void take_over(BX_INSTANCE& inst) {
     inst.release_names(names_);
-    try {
-      left_.insert(left_.end(), inst.instances.begin(), inst.instances.end());
-      inst.instances.empty();
-    } catch (const std::bad_alloc&) {
-      destroy_children(inst);
-    }
+    if (nesting_ < most_nesting || !note_children(inst)) destroy_children(inst);
   }
 
  private:
+  // A level takes a few hundred bytes of stack, and what the client's destructor needs.
+  static constexpr int most_nesting = 256;
+
+  // False when there is no memory for it.
+  bool note_children(BX_INSTANCE& inst) {
+    try {
+      left_.insert(left_.end(), inst.instances.begin(), inst.instances.end());
+    } catch (const std::bad_alloc&) {
+      return false;
+    }
+    inst.instances.empty();
+    return true;
+  }
+
   void destroy(BX_INSTANCE* inst) {
     if (inst == nullptr) return;
     if (bx_is_derived(*inst)) {
@@ -123,14 +133,22 @@ class BX_INSTANCE::destroyer {
     }
     if (BX_DB::MPAR_FLOW != 0) inst->release_names(names_);
     destroy_children(*inst);
-    delete inst;
+    delete_plain(inst);
+  }
+
+  // Of no derived class, so that no virtual call is needed: unloading is a tenth faster.
+  static void delete_plain(BX_INSTANCE* inst) noexcept {
+    inst->BX_INSTANCE::~BX_INSTANCE();
+    operator delete(inst);
   }
 
   // The client's destructor may destroy other trees meanwhile.
   void destroy_derived(BX_INSTANCE* inst) {
     destroyer* const outer = std::exchange(at_work(), this);
     BX_INSTANCE* const outer_inst = std::exchange(in_hand_, inst);
+    ++nesting_;
     delete inst;
+    --nesting_;
     in_hand_ = outer_inst;
     at_work() = outer;
   }
@@ -149,7 +167,7 @@ class BX_INSTANCE::destroyer {
         current = parent;
         parent = current->instances[current->instances.getcount() - 1];
         current->instances.a_droplast();
-        delete done;
+        delete_plain(done);
         continue;
       }
       BX_INSTANCE*& place = current->instances[count - 1];
@@ -164,13 +182,13 @@ class BX_INSTANCE::destroyer {
         current = child;
         continue;
       }
-      current->instances.a_droplast();
       if (is_plain) {
         if (BX_DB::MPAR_FLOW != 0) child->release_names(names_);
-        delete child;
+        delete_plain(child);
       } else if (child != nullptr) {
         destroy_derived(child);
       }
+      current->instances.a_droplast();
     }
   }
 
@@ -183,6 +201,7 @@ class BX_INSTANCE::destroyer {
   name_releaser names_;
   std::vector<BX_INSTANCE*> left_;  // to be destroyed; some are null
   BX_INSTANCE* in_hand_ = nullptr;  // being deleted
+  int nesting_ = 0;                 // of derived instances that are being deleted
 };
 
 void BX_INSTANCE::destroy_subtree() { destroyer().destroy_content(*this); }
@@ -208,7 +227,11 @@ void BX_DB::release_templates() {
 }
 
 void BX_DB::release_content() {
-  store_->prepare_to_keep(1 + static_cast<std::size_t>(names.getcount()));  // from here on nothing fails
+  const std::vector<char*> former = bx_take_former_names(*this);
+  has_former_names_ = false;
+  store_->prepare_to_keep(1 + former.size() +
+                          static_cast<std::size_t>(names.getcount()));  // from here on nothing fails
+  for (char* former_name : former) store_->keep(former_name);
   delete grid;
   grid = nullptr;
   release_templates();

@@ -386,6 +386,33 @@ TEST(Instance, DestructorsOfDerivedInstancesFindTheirNamesWiresAndChildren) {
   }
 }
 
+/// Takes itself out of its parent at its end.
+class leaving_instance : public BX_INSTANCE {
+ public:
+  explicit leaving_instance(BX_INSTANCE& parent) : BX_INSTANCE("L", 0, 0, 1, 1), parent_(parent) {}
+  leaving_instance(const leaving_instance&) = delete;
+  leaving_instance& operator=(const leaving_instance&) = delete;
+  ~leaving_instance() override {
+    BX_INSTANCE** const here = std::find(parent_.instances.begin(), parent_.instances.end(), this);
+    EXPECT_NE(here, parent_.instances.end());
+    if (here != parent_.instances.end()) *here = nullptr;
+  }
+
+ private:
+  BX_INSTANCE& parent_;
+};
+
+TEST(Instance, DestructorsOfDerivedInstancesFindTheirParents) {
+  for (const bool in_database : {false, true}) {
+    std::unique_ptr<BX_INSTANCE> root(in_database ? new BX_DB("D", 0, 0, 1, 1) : test::make("R", 0, 0, 1, 1));
+    BX_INSTANCE* last = root.get();
+    for (int i = 0; i < 100; ++i) {
+      for (int twin = 0; twin < 2; ++twin) last->addinstance(new leaving_instance(*last));
+      last = last->instances[0];
+    }
+  }
+}
+
 TEST(Instance, NestingOfDerivedInstancesNeedsNoStack) {
   int destroyed = 0;
   {

@@ -99,7 +99,10 @@ TEST(DeepTree, PathIsCutFromFourHundredCharactersOn) {
   EXPECT_EQ(qelmodb::find_instances(root, "X").at(0).path, "R/.../X");
   BX_INSTANCE long_root(std::string(400, 'r').c_str(), 0, 0, 1, 1);
   test::add(long_root, "X", 0, 0, 1, 1);
-  EXPECT_EQ(qelmodb::find_instances(long_root, "X").at(0).path, ".../X");
+  EXPECT_EQ(qelmodb::find_instances(long_root, "X").at(0).path, std::string(400, 'r') + "/X");
+  BX_INSTANCE* last = test::add(long_root, std::string(500, 'l').c_str(), 0, 0, 1, 1);
+  EXPECT_EQ(qelmodb::find_instances(long_root, last->name).at(0).path,
+            std::string(400, 'r') + "/" + std::string(400, 'l'));
 }
 
 }  // namespace

@@ -226,6 +226,18 @@ TEST(NameOwnership, StringThatTwoJoiningInstancesHaveIsFreedOnce) {
   EXPECT_STREQ(shared, "SHARED");
 }
 
+TEST(NameOwnership, StringThatAJoiningInstanceAndItsWireHaveIsFreedOnce) {
+  BX_DB db("D", 0, 0, 1, 1);
+  BX_INSTANCE* inst = test::make("SHARED", 0, 0, 1, 1);
+  char* const shared = inst->name;
+  test::add_wire(*inst, "W");
+  std::free(inst->wires[0].name);
+  inst->wires[0].setname(shared);
+  db.addinstance(inst);
+  EXPECT_EQ(inst->wires[0].name, inst->name);
+  EXPECT_STREQ(shared, "SHARED");
+}
+
 TEST(NameOwnership, TwinTextsOfATableAreFreedOnceThoughAnInstanceJoinsWithTheSecond) {
   BX_DB db("D", 0, 0, 1, 1);
   for (int i = 0; i < 2; ++i) {

@@ -3,7 +3,7 @@
 # SPDX-License-Identifier: Apache-2.0
 
 # The libraries report impossible states through the message manager. They use the runtime's assertion at one place
-# only, which clients that debug a build of the switch-matrix templates know.
+# only, in every build, which clients that debug a build of the switch-matrix templates know.
 #
 #   check_assertions.sh SOURCE_FOLDER
 set -eu

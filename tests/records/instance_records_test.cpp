@@ -281,6 +281,18 @@ TEST(InstanceRecord, FormerNamesOfAStandaloneInstanceStayValidAsLongAsIt) {
   EXPECT_EQ(std::vector<std::string>(held.begin(), held.end()), expected);
 }
 
+TEST(InstanceRecord, FormerNamesOfADatabaseStayValidWhenItLoads) {
+  BX_DB db;
+  // A text grid leaves the root without database, so that it owns its name.
+  ASSERT_TRUE(test::loaded(db, "BX_DB:A\nBX_INSTANCE: \"FIRST\" (0, 0) (1, 1)\n0\n", test::content::grid));
+  std::vector<const char*> held;
+  read_four_records(db, held);
+  ASSERT_TRUE(test::loaded(db, "BX_DB:A\nBX_INSTANCE: \"SECOND\" (0, 0) (1, 1)\n0\n0\n"));
+  held.pop_back();
+  EXPECT_EQ(std::vector<std::string>(held.begin(), held.end()),
+            (std::vector<std::string>{"FIRST", "TEXT", "GRID TEXT", "GRID"}));
+}
+
 TEST(InstanceRecord, AssignmentLeavesFormerNamesWhereTheyAre) {
   std::vector<const char*> held;
   auto alone = std::make_unique<BX_INSTANCE>("FIRST", 0, 0, 1, 1);

@@ -353,6 +353,50 @@ TEST_F(MatrixSet, TableFromBeforeALaterBuildStaysAsItIs) {
   EXPECT_EQ(set.restore_wire_sm(0, 0, 0, 0), BX_POINT(-4, 1));
 }
 
+TEST_F(MatrixSet, ClientsTableFromBeforeALaterBuildIsNotOverrun) {
+  put_square(1, 1);
+  build();
+  set.ins_points = table_of(set, BX_POINT(100, 100));
+  put(20, 16, {{"w", 21, 17}});
+  build();
+  EXPECT_EQ(set.restore_wire_sm(1, 1, 0, 0), BX_POINT(111, 109));
+  EXPECT_EQ(set.restore_wire_sm(2, 2, 0, 0), BX_POINT(INT32_MIN, INT32_MIN)) << "it has no such place";
+  put(30, 24, {{"w", 31, 25}});
+  build();
+  EXPECT_EQ(set.restore_wire_sm(1, 1, 0, 0), BX_POINT(111, 109));
+  EXPECT_EQ(set.restore_wire_sm(3, 3, 0, 0), BX_POINT(INT32_MIN, INT32_MIN));
+  // A copy knows the same, and is not destroyed.
+  alignas(BASIC_ASS_TEMPLATE) unsigned char storage[2][sizeof(BASIC_ASS_TEMPLATE)];
+  auto& copy = *new (storage[0]) BASIC_ASS_TEMPLATE(set);
+  EXPECT_EQ(copy.restore_wire_sm(3, 3, 0, 0), BX_POINT(INT32_MIN, INT32_MIN));
+  copy.colmap.clear();
+  copy.rowmap.clear();
+  auto& assigned = *new (storage[1]) BASIC_ASS_TEMPLATE;
+  assigned = set;
+  EXPECT_EQ(assigned.restore_wire_sm(3, 3, 0, 0), BX_POINT(INT32_MIN, INT32_MIN));
+  assigned.colmap.clear();
+  assigned.rowmap.clear();
+}
+
+TEST_F(MatrixSet, TableMadeAnewByTheClientWhereTheOutgrownOneLayIsSeenWhole) {
+  for (bx_long columns = 2; columns < 30; ++columns) {
+    BX_DB wide("D", 0, 0, 1000, 1000);
+    const auto put_column = [&wide](bx_long x) {
+      for (const bx_long y : {0, 8}) add_wire(*add(wide, "BASIC_ASS", x, y, x, y), "w", x + 1, y + 1);
+    };
+    for (bx_long c = 0; c < columns; ++c) put_column(10 * c);
+    BASIC_ASS_TEMPLATE grown;
+    grown.buildme_sm(&wide);
+    grown.restore_wire_sm(0, 0, 0, 0);
+    put_column(10 * columns);
+    grown.buildme_sm(&wide);
+    for (bx_long c = 0; c < columns; ++c) delete[] grown.ins_points[c];
+    delete[] grown.ins_points;
+    grown.ins_points = table_of(grown, BX_POINT(0, 0));
+    EXPECT_EQ(grown.restore_wire_sm(static_cast<int>(columns), 1, 0, 0), BX_POINT(10 * columns + 1, 9)) << columns;
+  }
+}
+
 TEST_F(MatrixSet, TableForAGridThatIsTooLargeForOneIsUsedWhereAClientMakesIt) {
   BX_INSTANCE* column = add(db, "TILE", 0, 0, 1, 1);
   for (bx_long i = 0; i < 2049; ++i) {

@@ -19,6 +19,7 @@ qelmodb::check_report checked(const input_file& input, const check_options& how)
   options.most_faults = how.most_faults;
   options.within = how.input.within;
   options.report = shown.options().report;
+  options.count_names = how.as_json;
   return qelmodb::check_bytes(input.bytes, input.what, options);
 }
 

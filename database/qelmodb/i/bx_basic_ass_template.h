@@ -33,11 +33,12 @@ class BX_API BASIC_ASS_TEMPLATE {
   std::map<bx_long, std::uint16_t> colmap;     ///< column of each xmin
   std::map<bx_long, std::uint16_t> rowmap;     ///< row of each ymin
 
-  /// The corner of each place, by column and row: one array for each column, of one point for each row. Null until the
-  /// first restore makes it. Lookups use what it says, so a client may change points, or put another table in its
-  /// place, of as many columns and rows as colmap and rowmap have then. Whoever takes a table out owns it; set to null,
-  /// it is made anew by the next restore. A table made before a later build lacks the columns and rows which that build
-  /// added. For grids of more than most_ins_points places no table is made, because a small file can ask for as many.
+  /// The corner of each place, by column and row: one array for each column, of one point for each row, all from new[].
+  /// The set frees with delete[] what is here when it is destroyed or read anew. Null until the first restore makes it.
+  /// Lookups use what it says, so a client may change points, or put another table in its place, of as many columns and
+  /// rows as colmap and rowmap have then. Whoever takes a table out owns it; set to null, it is made anew by the next
+  /// restore. A later build leaves the table as it is: the columns and rows which it adds have NO_POINT for a corner.
+  /// For grids of more than most_ins_points places no table is made, because a small file can ask for as many.
   BX_POINT** ins_points = nullptr;
 
   /// The largest table of corners that is made.
@@ -102,20 +103,31 @@ class BX_API BASIC_ASS_TEMPLATE {
   friend class bx_template_reader;
 
   class line_coordinates;
-  struct table_size;
+
+  // A table of fewer columns or rows than the maps have since a later build. Another one can be made at the address of
+  // a table that was freed, but hardly with its first and last column where they were.
+  struct outgrown_table {
+    BX_POINT** table = nullptr;
+    BX_POINT* first_column = nullptr;
+    BX_POINT* last_column = nullptr;
+    std::size_t columns = 0;
+    std::size_t rows = 0;
+
+    bool is(BX_POINT** other) const noexcept {
+      return other == table && other[0] == first_column && other[columns - 1] == last_column;
+    }
+  };
 
   void release_wire_lists() noexcept;
   void release_corners() noexcept;
   void init_ins_points();
-  table_size size_of(BX_POINT** table) const noexcept;
+  std::size_t columns_of(BX_POINT** table) const noexcept;
+  std::size_t rows_of(BX_POINT** table) const noexcept;
+  void lines_will_be_added() noexcept;
   const line_coordinates& known_coordinates();
   BX_POINT corner_at(std::uint16_t column, std::uint16_t row);
 
-  // The table that the library made last, which may be smaller than the maps are by now: its columns and rows.
-  std::atomic<BX_POINT**> made_table_ = nullptr;
-  std::atomic<std::uint32_t> made_columns_ = 0;
-  std::atomic<std::uint32_t> made_rows_ = 0;
-
+  outgrown_table outgrown_;
   // In place of a table that would be too large; owned. Made once, by whichever thread needs it first.
   std::atomic<line_coordinates*> coordinates_ = nullptr;
 

@@ -61,7 +61,8 @@ class BX_API BX_INSTANCE : public BX_EXTREMA {
 
   /// Destroys the children, and frees the names while the instance stands alone. With BX_DB::MPAR_FLOW set, see there.
   /// The destructor of a derived class runs before, and still finds name, wires and children, also where the instance
-  /// is destroyed with its parent. Needs no stack for deep trees.
+  /// is destroyed with its parent. A parent of a derived class is there as long as its children, up to 256 derived
+  /// instances inside each other; the children of deeper ones may be destroyed after it. Needs no stack for deep trees.
   virtual ~BX_INSTANCE();
 
   // ---- storage, as for any other class: the library's operator new and delete, so that it can free what clients made
@@ -130,7 +131,8 @@ class BX_API BX_INSTANCE : public BX_EXTREMA {
   /// order. Hazard: after writing the xmin of a child, or a list of children, by hand call qelmodb::child_order_changed
   /// (qelmoext.h) before adding to the parent.
   ///
-  /// Cost: O(log n), plus a look for null children, plus a move of the children after it, plus the binding.
+  /// Cost: O(log n), plus a look for null children, plus a move of the children after it, plus the binding. Once after
+  /// a left edge was moved anywhere, plus a look at each child.
   void addinstance(BX_INSTANCE* inst);
 
   /// Breaks up child lists of more than 40 entries, in the whole subtree: consecutive children, about
