@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "builders.h"
-#include "qelmoext.h"
+#include "record_bytes.h"
 
 namespace {
 
