@@ -292,7 +292,8 @@ void add_grid_device_options(CLI::App& command, grid_options& options) {
       command.add_option("--device", options.device,
                          "The description of the device, which tells the row and column of each tile when the tiles "
                          "do not fill all rows alike; by default FILE with \".npd\" in place of its endings, when "
-                         "that stands beside it, or else the rows and columns at which tiles begin; - is standard "
+                         "that is beside it or the file that it leads to, or else the rows and columns at which tiles "
+                         "begin; - is standard "
                          "input");
   device->type_name("NPDFILE");
   const auto derive = [&options](deriving when) { return [&options, when] { options.derivation = when; }; };
