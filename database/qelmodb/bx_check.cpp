@@ -24,7 +24,7 @@ bool foreign_file(bx_check_context& context) {
   context.report.foreign_kind = kind;
   const std::string start = "not a BX_DB file: ";
   if (kind == nullptr) return context.fail(0, start + "expected \"BX_DB:\", found " + context.found(0));
-  return context.fail(0, start + "it is " + kind + (is_packed(kind) ? ", and only unpacked files are read" : ""));
+  return context.fail(0, start + "it is " + kind + (is_packed(kind) ? "; unpack it first" : ""));
 }
 
 // Moves behind the first line and gives the letter of the form, NUL when there is none.

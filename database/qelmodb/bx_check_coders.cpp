@@ -327,7 +327,13 @@ bool bx_binary_checker::name(bx_check_record& record) {
   return reference(record.name, is_root);
 }
 
-bool bx_binary_checker::reference(std::string_view& text, bool is_root) {
+void bx_binary_checker::count_names() {
+  for (const auto& [address, name] : table_) {
+    if (name.is_used) context_.count_name(name.is_cut ? name.text.substr(0, name.text.find('$')) : name.text);
+  }
+}
+
+bool bx_binary_checker::use(std::string_view& text, bool is_root, bool is_cut) {
   const std::size_t start = context_.at();
   const char* bytes = take("a name reference", 8);
   if (bytes == nullptr) return false;
@@ -335,10 +341,9 @@ bool bx_binary_checker::reference(std::string_view& text, bool is_root) {
   const auto known = table_.find(address);
   if (known != table_.end()) {
     text = known->second.text;
-    if (!known->second.is_used) {
-      known->second.is_used = true;
-      context_.count_name(text);
-    }
+    known->second.is_cut = known->second.is_cut || is_cut;
+    if (!known->second.is_used && !counts_later_) context_.count_name(text);
+    known->second.is_used = true;
     return true;
   }
   text = {};

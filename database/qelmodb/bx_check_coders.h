@@ -172,9 +172,19 @@ class bx_binary_checker : public bx_binary_checker_base {
 
  protected:
   /// The text that a reference stands for. None in the table is a fault, except of the root: that may be nameless.
-  bool reference(std::string_view& text, bool is_root);
+  bool reference(std::string_view& text, bool is_root) { return use(text, is_root, false); }
+
+  /// The same for a wire name that loading cuts at its first "$", and with it all that share the entry.
+  bool cut_reference(std::string_view& text) { return use(text, false, true); }
+
+  /// For files in which later references cut earlier ones: the names are counted by count_names, and not as they are
+  /// met.
+  void count_later() noexcept { counts_later_ = true; }
+  void count_names();
 
  private:
+  bool use(std::string_view& text, bool is_root, bool is_cut);
+
   struct key_hash {
     std::size_t operator()(std::uint64_t key) const { return static_cast<std::size_t>(ut_hash(key, ut_hash_seed())); }
   };
@@ -182,10 +192,12 @@ class bx_binary_checker : public bx_binary_checker_base {
   struct known_name {
     std::string_view text;
     bool is_used = false;
+    bool is_cut = false;
   };
 
   std::unordered_map<std::uint64_t, known_name, key_hash> table_;
   bool root_seen_ = false;
+  bool counts_later_ = false;
 };
 
 class bx_binary_grid_checker : public bx_binary_checker_base {

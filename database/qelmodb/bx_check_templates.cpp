@@ -194,6 +194,12 @@ bool bx_template_checker::entries(const char* label, const char* key_label, cons
 }
 
 bool bx_template_checker::templates() {
+  const bool good = matrix_set_and_layouts();
+  count_names();
+  return good;
+}
+
+bool bx_template_checker::matrix_set_and_layouts() {
   if (!bx_describe_matrix_set(*this, set_)) return false;
   context_.end_section("columns and rows");
   // Behind a fault columns and rows may be something else that was taken for them.
@@ -222,7 +228,7 @@ bool bx_template_checker::templates() {
 
 bool bx_template_checker::delta_wire(bx_checked_wire& wire) {
   wire.at = context_.at();
-  if (!reference(wire.name, false)) return false;
+  if (!cut_reference(wire.name)) return false;
   const std::size_t codes_at = context_.at();
   const char* byte = take("the codes of a wire", 1);
   if (byte == nullptr) return false;

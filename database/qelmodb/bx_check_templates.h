@@ -89,7 +89,7 @@ struct bx_checked_layout {
 
 class bx_template_checker : public bx_binary_checker {
  public:
-  explicit bx_template_checker(bx_check_context& context) : bx_binary_checker(context) {}
+  explicit bx_template_checker(bx_check_context& context) : bx_binary_checker(context) { count_later(); }
 
   /// Everything between the name table and the tree.
   bool templates();
@@ -165,6 +165,7 @@ class bx_template_checker : public bx_binary_checker {
     return true;
   }
 
+  bool matrix_set_and_layouts();
   bool array_count(const char* label, std::uint16_t& count, int least_size);
   bool run_start(const char* label, bx_checked_runs& runs);
   void check_wire_template(const bx_checked_wire_template& wire);

@@ -26,7 +26,7 @@ write_all() {
     "$@" generate "$folder/$form.bxd" --form $form --rows 12 --columns 14 --wires 40
   done
   for form in text binary; do
-    "$@" generate "$folder/$form.bxg" --form $form --rows 12 --columns 14
+    "$@" generate "$folder/$form.bxg" --form $form --rows 12 --columns 14 --wires 40
   done
   "$@" generate "$folder/packed.bxd.gz" --form text --rows 12 --columns 14 --wires 40
 }

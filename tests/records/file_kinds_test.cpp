@@ -71,7 +71,7 @@ TEST(FileKinds, APackedFileIsToldToBePackedWhenTheLibraryIsAsked) {
     const check_report report = qelmodb::check_file(name.c_str(), content::database);
     ASSERT_EQ(report.faults.size(), 1U) << packing;
     EXPECT_EQ(report.faults[0].message,
-              std::string("not a BX_DB file: it is packed by ") + packing + ", and only unpacked files are read");
+              std::string("not a BX_DB file: it is packed by ") + packing + "; unpack it first");
     EXPECT_EQ(report.foreign_kind, std::string("packed by ") + packing);
     BX_DB db;
     check_report loading;

@@ -223,4 +223,17 @@ TEST_F(BxdbCompressed, AMegabyteThatStandsForTwentyGigabytesIsRefusedWithoutBein
   EXPECT_EQ(json_of(0, {"check", file("c.bxd"), "--max-memory", "1T"})["wires"], 1260000000);
 }
 
+TEST_F(BxdbCompressed, CheckAndInfoCountTheSameNamesThoughLoadingCutsSome) {
+  std::string one = replaced(small_text(), "\"A$1\" (1, 2)", "\"A\" (1, 2)");
+  one = replaced(replaced(one, "\"A$2\" (3, 4)", "\"A$1\" (3, 4)"), "\"CLK\" (5, 6)", "\"A$2\" (5, 6)");
+  // Of an instance that shares its name with such a wire, and of a switch matrix.
+  const std::string two = replaced(replaced(one, "\"RIGHT\"", "\"A$1\""), "\"J0\" (7, 8)", "\"J$1\" (7, 8)");
+  for (const std::string& text : {one, two}) {
+    expect(0, {"convert", made("a.bxd", text), file("c.bxd"), "--form", "compressed", "--allow-loss"});
+    const nlohmann::json checked = json_of(0, {"check", file("c.bxd")});
+    EXPECT_EQ(checked["names"], json_of(0, {"info", file("c.bxd")})["names"]);
+    EXPECT_LT(checked["names"], json_of(0, {"check", file("a.bxd")})["names"]);
+  }
+}
+
 }  // namespace

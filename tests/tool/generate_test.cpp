@@ -79,7 +79,7 @@ TEST_F(BxdbGenerate, ADeviceOfTooManyRowsHasNoDescription) {
   EXPECT_FALSE(std::filesystem::exists(file("a.npd")));
   EXPECT_TRUE(std::filesystem::exists(file("a.bxd")));
   made("a.npd", "old");
-  EXPECT_TRUE(holds(expect(0, line).err, "the one that stands there is of another device\n"));
+  EXPECT_TRUE(holds(expect(0, line).err, "the one that is there is of another device\n"));
   EXPECT_EQ(read_file(file("a.npd")), "old");
 }
 
@@ -151,7 +151,7 @@ TEST_F(BxdbGenerate, ADeviceBeyondTheMachinesMemoryIsRefusedWithTheNumbers) {
 }
 
 TEST_F(BxdbGenerate, SizesThatGiveNoDeviceAreAFailureThatNamesTheFile) {
-  for (const words& size : std::vector<words>{{"--columns", "2"}, {"--rows", "100000000"}, {"--wires", "70000"}}) {
+  for (const words& size : std::vector<words>{{"--columns", "2147483647"}, {"--rows", "100000000"}}) {
     const outcome bad = expect(2, {"generate", file("a.bxd"), size[0], size[1]});
     EXPECT_TRUE(holds(bad.err, file("a.bxd") + ": not written: ")) << bad.err;
     EXPECT_FALSE(std::filesystem::exists(file("a.bxd")));
@@ -164,6 +164,45 @@ TEST_F(BxdbGenerate, SizesThatGiveNoDeviceAreAFailureThatNamesTheFile) {
 TEST_F(BxdbGenerate, TheTextOfOneDeviceIsTheSameEverywhere) {
   expect(0, {"generate", file("a.bxd"), "--columns", "10", "--rows", "8", "--wires", "24", "--form", "text"});
   EXPECT_EQ(fingerprint(read_file(file("a.bxd"))), 0x725ce08c8dfd1b9bU);
+}
+
+TEST_F(BxdbGenerate, ADatabaseAndAGridFileReplaceEachOtherOnlyByForce) {
+  expect(0, {"generate", file("grid.bxg")});
+  expect(0, {"generate", file("all.bxd")});
+  const std::string& ending = packings().back().ending;
+  for (const std::string& packed : {std::string(), ending}) {
+    for (const char* form : {"text", "binary"}) {
+      const std::string db = file("a.bxd" + packed);
+      const std::string grid = file("b.bxg" + packed);
+      expect(0, {"convert", file("grid.bxg"), db, "--form", form});
+      EXPECT_TRUE(holds(expect(2, {"generate", db}).err, "not replaced: it holds a grid file and no database; "));
+      EXPECT_EQ(json_of(0, {"info", db})["content"], "grid");
+      expect(0, {"convert", file("all.bxd"), file("c.bxd" + packed), "--form", form});
+      std::filesystem::rename(file("c.bxd" + packed), grid);
+      EXPECT_TRUE(holds(expect(2, {"generate", grid}).err, "not replaced: it holds a database and no grid file; "));
+      for (const std::string& name : {db, grid}) expect(0, {"generate", name, "--force"});
+      EXPECT_EQ(json_of(0, {"info", db})["content"], "database");
+      EXPECT_EQ(json_of(0, {"info", grid})["content"], "grid");
+    }
+  }
+}
+
+TEST_F(BxdbGenerate, SizesOutOfRangeAreToldWithTheRangeOfTheProfile) {
+  const auto range_of = [this](const words& options) {
+    words line = {"generate", file("a.bxd")};
+    line.insert(line.end(), options.begin(), options.end());
+    const std::string err = expect(2, line).err;
+    const std::size_t from = err.find("from ");
+    return from == std::string::npos ? err : err.substr(from, err.find(" (", from) - from);
+  };
+  for (const char* size : {"-5", "2", "2147483648", "99999999999999999999"}) {
+    EXPECT_EQ(range_of({"--columns", size}), "from 3 to 2147483647");
+    EXPECT_EQ(range_of({"--rows", size}), "from 3 to 2147483647");
+  }
+  EXPECT_EQ(range_of({"--wires", "3"}), "from 4 to 65535");
+  EXPECT_EQ(range_of({"--wires", "70000", "--profile", "plain"}), "from 0 to 65535");
+  EXPECT_EQ(range_of({"--columns", "0", "--profile", "plain"}), "from 1 to 2147483647");
+  EXPECT_FALSE(std::filesystem::exists(file("a.bxd")));
 }
 
 }  // namespace

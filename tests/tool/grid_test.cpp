@@ -168,7 +168,7 @@ TEST_F(BxdbGrid, ADescriptionThatIsNotAskedIsToldOfWhenItWasGiven) {
   const std::string device = made("a.npd", "NP_DEVICE:1\nrows 1 0 100\ncolumns 1 0 100\n");
   const outcome given = expect(0, {"grid", db, "--device", device});
   EXPECT_EQ(given.err,
-            "bxdb: " + db + ": the tiles fill all rows alike, so the description is not asked: " + device + "\n");
+            "bxdb: " + db + ": the tiles fill all rows alike, so the description is not used: " + device + "\n");
   const outcome beside = expect(0, {"grid", db});
   EXPECT_EQ(beside.err, "");
   EXPECT_EQ(beside.out, given.out);
@@ -205,7 +205,10 @@ TEST_F(BxdbGrid, ADeviceThatIsTooSmallForTheTilesGivesNoGrid) {
   const outcome none = expect(2, {"grid", db, "--device", device});
   EXPECT_TRUE(none.err.starts_with("bxdb: " + db + ": no grid: ")) << none.err;
   EXPECT_TRUE(holds(none.err, "is out of graph paper")) << none.err;
-  EXPECT_TRUE(none.err.ends_with("(device: " + device + ")\n")) << none.err;
+  EXPECT_TRUE(none.err.ends_with("(device: " + device +
+                                 "; the description seems to be of another device; name the right one by "
+                                 "--device, or use --derive-device)\n"))
+      << none.err;
 }
 
 TEST_F(BxdbGrid, TilesOfGridFilesNeedNoWires) {
@@ -245,6 +248,17 @@ TEST_F(BxdbGrid, AGeneratedDeviceHasItsMatricesWhereItsPlanSays) {
       EXPECT_EQ(cell["tiles"][0]["box"]["ymin"], row * plan.pitch());
     }
   }
+}
+
+TEST_F(BxdbGrid, ADescriptionThatTheTilesDoNotFitIsSaidToBeOfAnotherDevice) {
+  const std::string db = made("a.bxd", text_of_tiles(five_tiles()));
+  const std::string wrong = made("wrong.npd", "NP_DEVICE:1\nrows 1 0 5\ncolumns 1 0 5\n");
+  const std::string hint = "(device: " + wrong +
+                           "; the description seems to be of another device; name the right one by --device, or use "
+                           "--derive-device)\n";
+  EXPECT_TRUE(expect(2, {"grid", db, "--device", wrong}).err.ends_with(hint));
+  made("a.npd", read_file(wrong));
+  EXPECT_TRUE(holds(expect(2, {"grid", db}).err, "seems to be of another device"));
 }
 
 }  // namespace

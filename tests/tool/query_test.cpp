@@ -229,4 +229,18 @@ TEST_F(BxdbQuery, EndsWithItsInput) {
   EXPECT_EQ(result.out, "");
 }
 
+TEST_F(BxdbQuery, ALineThatIsTooLongIsAnsweredWhateverItBeginsWith) {
+  const std::vector<json> answers = asked(1, std::string(1 << 20, ' ') + "{\"name\": \"LEFT\"}\n");
+  ASSERT_EQ(answers.size(), 1U);
+  EXPECT_EQ(answers[0]["error"], "the line is too long");
+}
+
+TEST_F(BxdbQuery, ANulByteInALineIsAnErrorAndEndsNoQuestion) {
+  const std::string nul(1, '\0');
+  const std::string question = R"({"name": "LEFT"})";
+  EXPECT_EQ(error(question + nul), "no JSON: a NUL byte; see its character 17");
+  EXPECT_EQ(error(question + nul + R"(, "most": 1})"), "no JSON: a NUL byte; see its character 17");
+  EXPECT_EQ(error(nul), "no JSON: a NUL byte; see its character 1");
+}
+
 }  // namespace

@@ -151,6 +151,22 @@ TEST_F(BxdbStreams, AFullDeviceIsToldOnce) {
   }
 }
 
+TEST_F(BxdbStreams, AFullDeviceIsToldOnceByJsonAndTextToo) {
+  made("a.bxd", text_of_tiles(six_tiles()));
+  expect_shell(0, "$bxdb generate large.bxd");
+  for (const char* command : {"grid a.bxd --json", "grid large.bxd --json", "find large.bxd BASIC_ASS", "info a.bxd"}) {
+    EXPECT_EQ(expect_shell(2, std::string("$bxdb ") + command + " > /dev/full").err,
+              "bxdb: standard output: cannot write: No space left on device\n")
+        << command;
+  }
+}
+
+TEST_F(BxdbStreams, AFileBeyondTheLimitForFileSizesIsAFaultAndLeavesNothing) {
+  const outcome refused = expect_shell(2, "mkdir d && cd d && ulimit -f 16 && $bxdb generate a.bxd");
+  EXPECT_TRUE(holds(refused.err, "a.bxd: cannot write: File too large")) << refused.err;
+  EXPECT_TRUE(fs::is_empty(file("d")));
+}
+
 TEST_F(BxdbStreams, ThatAreClosedAreFaultsAndGetNoFileInTheirPlace) {
   made("a.bxd", text_of_tiles(six_tiles()));
   EXPECT_TRUE(holds(expect_shell(2, "$bxdb info - <&-").err, "standard input: cannot read: "));

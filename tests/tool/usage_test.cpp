@@ -172,4 +172,46 @@ TEST_F(BxdbUsage, AFileBeyondTheSizeLimitIsNotTakenIntoMemory) {
   EXPECT_TRUE(holds(refused.err, db + ": more than"));
 }
 
+TEST_F(BxdbUsage, HelpAndVersionTakeNoMoreWordsThanTheyNeed) {
+  const std::string help = expect(0, {"--help"}).out;
+  for (const char* about : {"help", "version", "--help"}) EXPECT_EQ(expect(0, {"help", about}).out, help);
+  const std::vector<std::pair<words, std::string>> cases = {
+      {{"help", "info", "grid"}, "help: \"grid\" is one word too many (see bxdb --help)"},
+      {{"version", "info"}, "version: \"info\" is one word too many (see bxdb --help)"},
+      {{"help", "--json"}, "there is no command \"--json\" (see bxdb --help)"},
+      {{"hlep"}, "there is no command \"hlep\"; did you mean help? (see bxdb --help)"},
+      {{"verison"}, "there is no command \"verison\"; did you mean version? (see bxdb --help)"}};
+  for (const auto& [line, text] : cases) EXPECT_EQ(expect(2, line).err, "bxdb: " + text + "\n");
+}
+
+TEST_F(BxdbUsage, AnOptionInAWrongPlaceOrGivenTwiceIsToldAsThat) {
+  const std::string db = made("a.bxd", small_text());
+  const std::vector<std::pair<words, std::string>> cases = {
+      {{"--json", "info", db}, "info: --json belongs after the command (see bxdb info --help)"},
+      {{"--max-size=5", "info", db}, "info: --max-size belongs after the command (see bxdb info --help)"},
+      {{"info", db, "--max-size", "5M", "--max-size", "6M"}, "info: --max-size is given twice (see bxdb info --help)"},
+      {{"info", db, "--", "--json"}, "info: \"--json\" is one word too many (see bxdb info --help)"},
+      {{"info", db, "--max-size"}, "info: --max-size needs a value (see bxdb info --help)"}};
+  for (const auto& [line, text] : cases) EXPECT_EQ(expect(2, line).err, "bxdb: " + text + "\n");
+}
+
+TEST_F(BxdbUsage, ControlCharactersBeyondAsciiAreShownAsBytesAndLettersAsTheyAre) {
+  // A control character of two bytes, the same as a byte of its own, what only looks like letters, and letters.
+  const std::string name = "\xc2\x9bX\x9b\xc0\x80\xed\xa0\x9f|\xc3\xa4\xe2\x9b\x84\xf0\x9f\x98\x80\xc2\xa0";
+  const std::string shown = "\\xc2\\x9bX\\x9b\xc0\\x80\xed\xa0\\x9f|\xc3\xa4\xe2\x9b\x84\xf0\x9f\x98\x80\xc2\xa0";
+  const std::string db = made("a.bxd", replaced(small_text(), "\"RIGHT\"", '"' + name + '"'));
+  for (const words& line : std::vector<words>{{"find", db, name},
+                                              {"at", db, "60", "0"},
+                                              {"print", db},
+                                              {"grid", db, "--derive-device"},
+                                              {"node", db, "60", "-5"},
+                                              {"explain", db},
+                                              {"diff", db, made("b.bxd", small_text())}}) {
+    const std::string out = run(line).out;
+    EXPECT_TRUE(holds(out, shown)) << line[0] << "\n" << out;
+    EXPECT_FALSE(holds(out, "X\x9b")) << line[0];
+  }
+  EXPECT_TRUE(holds(expect(1, {"find", db, "\xc2\x85"}).err, "nothing named \"\\xc2\\x85\""));
+}
+
 }  // namespace

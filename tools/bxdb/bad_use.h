@@ -6,6 +6,7 @@
 
 #include <CLI/CLI.hpp>
 #include <string>
+#include <vector>
 
 #include "failure.h"
 
@@ -14,8 +15,11 @@ namespace bxdb {
 /// Throws failure when there is no command of this name.
 void require_command(const CLI::App& tool, const std::string& name);
 
+/// Throws failure when there are more words than these; the first is a command.
+void refuse_more_words(const std::vector<std::string>& words, std::size_t most);
+
 /// A sentence that says what is wrong with the words that the tool was given and failed to parse, what they may have
 /// been meant to be, and where help is.
-failure bad_use(const CLI::App& tool, const CLI::ParseError& error);
+failure bad_use(const CLI::App& tool, const CLI::ParseError& error, const std::vector<std::string>& words);
 
 }  // namespace bxdb

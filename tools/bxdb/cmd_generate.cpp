@@ -69,26 +69,28 @@ std::unique_ptr<NP_TABLEDEVICE> description_of(const generate_options& options) 
 }
 
 /// Throws failure when anything would be replaced that is not of the kind that is written, or that nobody named.
-void check_places(const generate_options& options) {
-  refuse_same_outputs(options.out, description_beside(options.out));
-  if (options.force) return;
-  refuse_to_replace_stranger(options.out);
-  if (!will_be_described(options.out)) return;
-  const std::unique_ptr<NP_TABLEDEVICE> description = description_of(options);
-  if (description) refuse_to_replace(description_beside(options.out), *description);
+void check_places(const generate_options& options, qelmodb::content what) {
+  const std::string place = description_place(options.out);
+  refuse_same_outputs(options.out, place);
+  const bool is_file = will_be_described(options.out);
+  const std::unique_ptr<NP_TABLEDEVICE> description = is_file ? description_of(options) : nullptr;
+  if (!options.force) {
+    refuse_to_replace_stranger(options.out, what);
+    if (description) refuse_to_replace(place, *description);
+  }
+  if (description) refuse_stream(place);
 }
 
 /// Writes the description of the device beside the database, for grids.
 void describe(const generate_options& options) {
   if (is_standard_stream(options.out) || !is_described(options.out)) return;
-  const std::string name = description_beside(options.out);
+  const std::string name = description_place(options.out);
   const std::unique_ptr<NP_TABLEDEVICE> description = description_of(options);
   if (!description) {
     std::error_code unknown;
-    fmt::print(
-        stderr, "bxdb: {}: not written: a description holds at most {} rows and columns{}\n", printable(name),
-        NP_TABLEDEVICE::max_lines,
-        std::filesystem::exists(path_of(name), unknown) ? "; the one that stands there is of another device" : "");
+    fmt::print(stderr, "bxdb: {}: not written: a description holds at most {} rows and columns{}\n", printable(name),
+               NP_TABLEDEVICE::max_lines,
+               std::filesystem::exists(path_of(name), unknown) ? "; the one that is there is of another device" : "");
     return;
   }
   std::string why;
@@ -112,7 +114,7 @@ int run_generate(const generate_options& options) {
     throw failure(options.out + ": not written: the name is one of a grid file, which has no compressed form");
   }
   check_memory(options);
-  if (!is_standard_stream(options.out)) check_places(options);
+  if (!is_standard_stream(options.out)) check_places(options, what);
   const std::unique_ptr<BX_DB> db = generated(options);
   if (as == qelmodb::form::compressed && !compressed(*db, shown_output(options.out))) return no;
   const progress shown("writing " + shown_output(options.out));

@@ -68,7 +68,7 @@ int run_query(const query_options& options) {
   bool too_long = false;
   bool sound = true;
   while (lines.next(line, too_long)) {
-    if (is_blank(line)) continue;
+    if (!too_long && is_blank(line)) continue;
     sound = sound && !too_long;
     const json answer = too_long ? json{{"error", "the line is too long"}} : answers.answer(line);
     fmt::print("{}\n", compact_json(answer));

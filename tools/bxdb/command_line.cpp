@@ -69,27 +69,47 @@ CLI::Option* add_choice(CLI::App& command, const char* name, std::string& choice
   return command.add_option(name, choice, help)->check(CLI::Validator(take, shown))->type_name("");
 }
 
+/// The least sizes of the profiles, and the greatest.
+struct size_range {
+  std::int64_t least_of_device;
+  std::int64_t least_of_plain;
+  std::int64_t most;
+};
+
+constexpr size_range columns_and_rows{least_device_size, 1, std::numeric_limits<bx_long>::max()};
+constexpr size_range wires{least_device_wires, 0, most_device_wires};
+
+void add_device_size(CLI::App& command, const char* name, std::int64_t& size, const std::string& profile,
+                     const size_range& range, const char* help) {
+  const auto take = [&profile, range](std::string& text) {
+    const std::int64_t least = profile == "plain" ? range.least_of_plain : range.least_of_device;
+    return take_whole_number(text, least, static_cast<std::uint64_t>(range.most));
+  };
+  command.add_option(name, size, help)->transform(CLI::Validator(take, ""))->capture_default_str();
+}
+
 void add_device_options(CLI::App& command, generate_options& options) {
   device_options& device = options.device;
-  add_number(command, "--columns", device.columns, "Columns of tiles, I/O ring included", std::int64_t{0})
-      ->capture_default_str();
-  add_number(command, "--rows", device.rows, "Rows of tiles, I/O ring included", std::int64_t{0})
-      ->capture_default_str();
-  add_number(command, "--wires", device.wires, "Wires of the largest switch matrix", std::int64_t{0})
-      ->capture_default_str();
-  add_number(command, "--seed", device.seed, "Another number gives another device")->capture_default_str();
-  add_choice(command, "--names", options.names, "Name tiles after their kind, or each by its own name",
-             {"kind", "unique"})
-      ->capture_default_str();
+  // The ranges of the others depend on it, and options are read in the order in which they are added.
   add_choice(command, "--profile", options.profile,
              "A device with I/O ring, columns of several kinds and switch matrices; or one level of columns x rows "
              "equal tiles",
              {"device", "plain"})
       ->capture_default_str();
+  add_device_size(command, "--columns", device.columns, options.profile, columns_and_rows,
+                  "Columns of tiles, I/O ring included");
+  add_device_size(command, "--rows", device.rows, options.profile, columns_and_rows,
+                  "Rows of tiles, I/O ring included");
+  add_device_size(command, "--wires", device.wires, options.profile, wires, "Wires of the largest switch matrix");
+  add_number(command, "--seed", device.seed, "Another number gives another device")->capture_default_str();
+  add_choice(command, "--names", options.names, "Name tiles after their kind, or each by its own name",
+             {"kind", "unique"})
+      ->capture_default_str();
 }
 
 void add_generate_command(CLI::App& tool, int& status) {
-  CLI::App& command = *tool.add_subcommand("generate", "Writes a synthetic device; the same options give the same one");
+  CLI::App& command =
+      *tool.add_subcommand("generate", "Writes a synthetic device; the same options give the same tree");
   const auto options = std::make_shared<generate_options>();
   command
       .add_option(
@@ -101,11 +121,12 @@ void add_generate_command(CLI::App& tool, int& status) {
       ->capture_default_str();
   add_device_options(command, *options);
   command.add_flag("--force", options->force,
-                   "Replace OUT even though it holds no database, and the description even though it is of another "
+                   "Replace OUT even though it holds something else, and the description even though it is of another "
                    "device or none");
   command.footer(
-      "Beside OUT, when that is a regular file, stands a description of the device's rows and columns for bxdb grid, "
-      "whose name ends in .npd.\n"
+      "A description of the device's rows and columns for bxdb grid, whose name ends in .npd, is written beside OUT, "
+      "or "
+      "beside the file that OUT leads to, when that is a regular file.\n"
       "A device that is beyond this machine's memory is refused before anything is made.\n"
       "Example: bxdb generate device.bxd --columns 40 --rows 30 --wires 80 --form text");
   command.callback([options, &status] { status = run_generate(*options); });
@@ -149,7 +170,8 @@ void add_print_command(CLI::App& tool, int& status) {
 }
 
 void add_convert_command(CLI::App& tool, int& status) {
-  CLI::App& command = *tool.add_subcommand("convert", "Writes a file in another form, read back before it stands");
+  CLI::App& command =
+      *tool.add_subcommand("convert", "Writes a file in another form, read back before it takes its place");
   const auto options = std::make_shared<convert_options>();
   command.add_option("IN", options->in, "The file to convert; a grid file stays a grid file; - is standard input")
       ->required();
@@ -169,8 +191,7 @@ void add_convert_command(CLI::App& tool, int& status) {
   command.footer(
       "What the form cannot hold is listed, and nothing is written (status 1).\n"
       "The description of the device beside IN, if there is one, is written beside OUT, too, unless another file "
-      "stands "
-      "there.\n"
+      "is there. Beside a link means beside the file that it leads to, too.\n"
       "Example: bxdb convert device.bxd.gz device-binary.bxd --form binary\n"
       "Example: bxdb convert device.bxd device-small.bxd --form compressed\n"
       "Example: bxdb convert device.bxd - --form text | grep -c BX_WIRE");
@@ -250,7 +271,7 @@ void add_node_command(CLI::App& tool, int& status) {
   add_input_options(command, options->input);
   add_cut_option(command, options->input);
   command.footer(
-      "Behind each wire stands the rectangle of its instance. Status 1 when there is none.\n"
+      "After each wire comes the rectangle of its instance. Status 1 when there is none.\n"
       "Example: bxdb node device.bxd 120 64");
   command.callback([options, &status] { status = run_node(*options); });
 }
@@ -271,7 +292,8 @@ void add_grid_device_options(CLI::App& command, grid_options& options) {
       command.add_option("--device", options.device,
                          "The description of the device, which tells the row and column of each tile when the tiles "
                          "do not fill all rows alike; by default FILE with \".npd\" in place of its endings, when "
-                         "that stands beside it, or else the rows and columns at which tiles begin; - is standard "
+                         "that is beside it or the file that it leads to, or else the rows and columns at which tiles "
+                         "begin; - is standard "
                          "input");
   device->type_name("NPDFILE");
   const auto derive = [&options](deriving when) { return [&options, when] { options.derivation = when; }; };
@@ -303,7 +325,8 @@ void add_grid_command(CLI::App& tool, int& status) {
   CLI::Option* column = add_number(command, "--col", options->column, "The column of that cell; 0 is the leftmost");
   row->needs(column)->type_name("R");
   column->needs(row)->type_name("C");
-  CLI::Option* extrema = command.add_flag("--extrema", options->extrema, "Print the rectangle behind each name");
+  CLI::Option* extrema =
+      command.add_flag("--extrema", options->extrema, "Print the rectangle of each tile after its name");
   command.add_flag("--raw", options->raw, "Print control characters of names as they are, and not as \\xNN");
   CLI::Option* as_json = command.add_flag("--json", options->as_json, "Print JSON; empty cells are left out");
   extrema->excludes(row)->excludes(as_json);
@@ -344,11 +367,17 @@ void add_diff_command(CLI::App& tool, int& status) {
 std::vector<std::string> arguments_of(const CLI::App& tool, const std::vector<std::string>& words) {
   std::vector<std::string> arguments(words.empty() ? words.end() : words.begin() + 1, words.end());
   if (arguments.empty()) return arguments;
-  if (arguments[0] == "version") arguments[0] = "--version";
+  if (arguments[0] == "version") {
+    refuse_more_words(arguments, 1);
+    return {"--version"};
+  }
   if (arguments[0] != "help") return arguments;
-  if (arguments.size() == 1 || arguments[1].starts_with('-')) return {"--help"};
-  require_command(tool, arguments[1]);
-  return {arguments[1], "--help"};
+  refuse_more_words(arguments, 2);
+  const std::string about = arguments.size() == 1 ? "help" : arguments[1];
+  // They are described with the tool, which is what they are about.
+  if (about == "help" || about == "--help" || about == "-h" || about == "version") return {"--help"};
+  require_command(tool, about);
+  return {about, "--help"};
 }
 
 }  // namespace
@@ -357,7 +386,7 @@ int run_command_line(const std::vector<std::string>& words) {
   int status = done;
   CLI::App tool(
       "Makes, checks, shows, draws, converts, searches and compares block database files.\n"
-      "Files may be packed with gzip or zstd; outputs are when their name ends in .gz or .zst.\n"
+      "Files may be packed with gzip or zstd; an output is packed when its name ends in .gz or .zst.\n"
       "The name - is standard input or standard output. An output that is an input is refused, but\n"
       "convert may replace its input.",
       "bxdb");
@@ -385,7 +414,7 @@ int run_command_line(const std::vector<std::string>& words) {
     std::reverse(arguments.begin(), arguments.end());  // they are taken from the end
     tool.parse(arguments);
   } catch (const CLI::ParseError& e) {
-    if (e.get_exit_code() != 0) throw bad_use(tool, e);
+    if (e.get_exit_code() != 0) throw bad_use(tool, e, words);
     tool.exit(e);  // shows what was asked for
   }
   return status;

@@ -10,8 +10,10 @@
 #include <string_view>
 
 #include "failure.h"
+#include "file_names.h"
 #include "host.h"
 #include "text.h"
+#include "ut_filemanager.h"
 
 namespace bxdb {
 namespace {
@@ -22,6 +24,11 @@ void drop_one_of(std::string_view& name, std::initializer_list<std::string_view>
     name.remove_suffix(end.size());
     return;
   }
+}
+
+bool is_regular(const std::string& name) {
+  std::error_code unknown;
+  return std::filesystem::is_regular_file(path_of(name), unknown);
 }
 
 void write_copy(const std::string& name, const std::string& original, const NP_TABLEDEVICE& device) {
@@ -39,22 +46,43 @@ std::string description_beside(const std::string& file) {
   return std::string(stem) + ".npd";
 }
 
+std::string description_found(const std::string& input) {
+  for (const std::string& name : {description_beside(input), description_place(input)}) {
+    if (is_regular(name)) return name;
+  }
+  return {};
+}
+
+std::string description_place(const std::string& output) { return description_beside(link_target(output)); }
+
 bool is_described(const std::string& output) {
-  std::error_code unknown;
-  return std::filesystem::is_regular_file(std::filesystem::symlink_status(path_of(output), unknown));
+  return !UT_FILEMANAGER::is_stream(output.c_str()) && is_regular(output);
 }
 
 bool will_be_described(const std::string& output) {
   std::error_code unknown;
-  return is_described(output) || !std::filesystem::exists(std::filesystem::symlink_status(path_of(output), unknown));
+  return !UT_FILEMANAGER::is_stream(output.c_str()) &&
+         (is_regular(output) || !std::filesystem::exists(path_of(output), unknown));
 }
 
 in_place what_stands_at(const std::string& name, const NP_TABLEDEVICE& device, std::string& why) {
   std::error_code unknown;
   if (!std::filesystem::exists(std::filesystem::symlink_status(path_of(name), unknown))) return in_place::nothing;
+  if (std::filesystem::exists(path_of(name), unknown) && !is_regular(name)) {
+    why = name + ": it is no regular file";
+    return in_place::no_description;
+  }
   const std::unique_ptr<NP_TABLEDEVICE> found = NP_TABLEDEVICE::read(name.c_str(), why);
   if (!found) return in_place::no_description;
   return *found == device ? in_place::the_same : in_place::another_device;
+}
+
+void refuse_stream(const std::string& name) {
+  if (!UT_FILEMANAGER::is_stream(name.c_str())) return;
+  throw failure(
+      name +
+      ": not written: the description of the device belongs there, but it is no regular file; move it, or give "
+      "the output another name");
 }
 
 void refuse_to_replace(const std::string& name, const NP_TABLEDEVICE& device) {
@@ -68,10 +96,9 @@ void refuse_to_replace(const std::string& name, const NP_TABLEDEVICE& device) {
 }
 
 void take_description_along(const std::string& from, const std::string& to) {
-  const std::string original = description_beside(from);
-  const std::string copy = description_beside(to);
-  std::error_code unknown;
-  if (original == copy || !std::filesystem::exists(path_of(original), unknown) || !is_described(to)) return;
+  const std::string original = description_found(from);
+  const std::string copy = description_place(to);
+  if (original.empty() || original == copy || !is_described(to)) return;
   std::string why;
   const std::unique_ptr<NP_TABLEDEVICE> device = NP_TABLEDEVICE::read(original.c_str(), why);
   if (!device) {

@@ -14,8 +14,15 @@ namespace bxdb {
 /// place of ".bxd" or ".bxg" and the endings of packed files.
 std::string description_beside(const std::string& file);
 
-/// Whether a description is to stand beside an output that was written: beside a regular file. Nothing stands beside a
-/// device or pipe, and a link may be one's standard output.
+/// The description of an input: beside its name or else beside the file that the name leads to. Only a regular file is
+/// one, as reading anything else may take forever. Empty when there is none.
+std::string description_found(const std::string& input);
+
+/// The place for the description of an output: beside the file that its name leads to.
+std::string description_place(const std::string& output);
+
+/// Whether a description belongs beside an output that was written: a regular file, by whatever link. A stream has
+/// none, and a link may be one's standard output.
 bool is_described(const std::string& output);
 
 /// The same of an output that is going to be written, which may not be there yet.
@@ -27,6 +34,9 @@ enum class in_place { nothing, the_same, another_device, no_description };
 /// Looks at the place where this device's description is to stand. Why tells what is wrong with a file that is no
 /// description.
 in_place what_stands_at(const std::string& name, const NP_TABLEDEVICE& device, std::string& why);
+
+/// Throws failure when there is a stream at the place of a description. A pipe would wait for a reader.
+void refuse_stream(const std::string& name);
 
 /// Throws failure when the description would replace anything else.
 void refuse_to_replace(const std::string& name, const NP_TABLEDEVICE& device);

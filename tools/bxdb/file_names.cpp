@@ -20,14 +20,20 @@ bool is_one_file(const std::optional<file_identity>& a, const std::optional<file
   return a.has_value() && a == b;
 }
 
-/// Where a file that need not exist is or would be made.
-std::filesystem::path place_of(const std::string& name) {
+/// Where a name leads that links are followed from.
+std::filesystem::path followed(std::filesystem::path path) {
   constexpr int most_links = 40;
   std::error_code fault;
-  std::filesystem::path path = path_of(name);
   for (int links = 0; links < most_links && std::filesystem::is_symlink(path, fault); ++links) {
     path = path.parent_path() / std::filesystem::read_symlink(path, fault);
   }
+  return path;
+}
+
+/// Where a file that need not exist is or would be made.
+std::filesystem::path place_of(const std::string& name) {
+  std::error_code fault;
+  const std::filesystem::path path = followed(path_of(name));
   const std::filesystem::path whole = std::filesystem::weakly_canonical(std::filesystem::absolute(path, fault), fault);
   return fault ? path : whole;
 }
@@ -47,6 +53,14 @@ std::string shown_input(const std::string& name) { return is_standard_stream(nam
 
 std::string shown_output(const std::string& name) { return is_standard_stream(name) ? "standard output" : name; }
 
+std::string link_target(const std::string& name) {
+  const std::filesystem::path path = path_of(name);
+  std::error_code unknown;
+  if (!std::filesystem::is_symlink(path, unknown)) return name;
+  const std::u8string target = followed(path).u8string();
+  return {target.begin(), target.end()};
+}
+
 bool is_same_file(const std::string& input, const std::string& output) {
   const std::optional<file_identity> read = identity(input, stdin);
   return is_one_file(read, identity(output, stdout)) && read->is_regular;
@@ -59,7 +73,10 @@ void refuse_input_as_output(const std::string& input, const std::string& output)
 }
 
 void refuse_description_as_output(const std::string& input, const std::string& output) {
-  if (is_standard_stream(input) || !is_same_file(description_beside(input), output)) return;
+  if (is_standard_stream(input) || (!is_same_file(description_beside(input), output) &&
+                                    !is_same_file(description_beside(link_target(input)), output))) {
+    return;
+  }
   throw failure(fmt::format("{}: not written: it is the device description of {}; give the output another name",
                             shown_output(output), input));
 }

@@ -19,10 +19,14 @@ std::string shown_output(const std::string& name);
 /// Whether an input and an output are the same regular file, however their names are spelled. One socket may be both.
 bool is_same_file(const std::string& input, const std::string& output);
 
+/// The name of the file that a name leads to, which need not exist: links are followed. The name itself when it is no
+/// link.
+std::string link_target(const std::string& name);
+
 /// Throws failure when the output is the input.
 void refuse_input_as_output(const std::string& input, const std::string& output);
 
-/// Throws failure when the output is the description that stands beside an input.
+/// Throws failure when the output is the description of an input, beside its name or the file that this leads to.
 void refuse_description_as_output(const std::string& input, const std::string& output);
 
 /// Throws failure when both outputs, none of which need exist, lead to the same place.

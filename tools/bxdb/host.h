@@ -14,8 +14,8 @@
 namespace bxdb {
 
 /// The words of the command line in UTF-8, the program's name first. To be called once, at the start: standard input
-/// and output take bytes as they are from then on, and no file that is opened later gets the place of one that is
-/// closed.
+/// and output take bytes as they are from then on, no file that is opened later gets the place of one that is closed,
+/// and what goes beyond a limit for file sizes is a fault and ends no process.
 std::vector<std::string> command_line_words(int argc, char** argv);
 
 /// A name in UTF-8 as the standard library takes it on this system.

@@ -7,6 +7,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <csignal>
+
 namespace bxdb {
 namespace {
 
@@ -28,6 +30,8 @@ std::optional<file_identity> identity_of(const struct stat& status) noexcept {
 
 std::vector<std::string> command_line_words(int argc, char** argv) {
   fill_closed_places();
+  // A write beyond the limit for file sizes fails then like any other.
+  std::signal(SIGXFSZ, SIG_IGN);
   return {argv, argv + argc};
 }
 

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <new>
 #include <string>
+#include <system_error>
 
 #include "command_line.h"
 #include "failure.h"
@@ -22,13 +23,18 @@ int report(const char* what) {
   return bxdb::failed;
 }
 
-int guarded_run(int argc, char** argv) {
+/// Output_error gets the reason when standard output did not take what was printed; nothing is said of it then.
+int guarded_run(int argc, char** argv, int& output_error) {
   try {
     return bxdb::run_command_line(bxdb::command_line_words(argc, argv));
   } catch (const bxdb::failure& e) {
     return report(e.what());
   } catch (const std::bad_alloc&) {
     return report("not enough memory");
+  } catch (const std::system_error& e) {
+    if (std::ferror(stdout) == 0) return report(e.what());
+    output_error = e.code().value();
+    return bxdb::failed;
   } catch (const std::exception& e) {
     return report(e.what());
   }
@@ -37,11 +43,13 @@ int guarded_run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const int status = guarded_run(argc, argv);
+  int error = 0;
+  const int status = guarded_run(argc, argv, error);
   errno = 0;
   const bool flushed = std::fflush(stdout) == 0;
   if (flushed && std::ferror(stdout) == 0) return status;
-  // A fault met before the last flush has left no reason behind.
-  const std::string reason = errno != 0 ? std::string(": ") + std::strerror(errno) : std::string();
+  if (error == 0) error = errno;
+  // The library's reports drop the reason of a fault that is met before the last flush.
+  const std::string reason = error != 0 ? std::string(": ") + std::strerror(error) : std::string();
   return report(("standard output: cannot write" + reason).c_str());
 }

@@ -65,6 +65,10 @@ class question_watcher {
 };
 
 json parsed(const std::string& line, question_watcher& watcher) {
+  // The parser takes a NUL for the end of the text.
+  if (const std::size_t nul = line.find('\0'); nul != std::string::npos) {
+    throw no_question(fmt::format("no JSON: a NUL byte; see its character {}", nul + 1));
+  }
   try {
     return json::parse(line, std::ref(watcher));
   } catch (const json::parse_error& e) {

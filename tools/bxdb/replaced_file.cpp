@@ -10,6 +10,8 @@
 #include <cstring>
 #include <filesystem>
 #include <memory>
+#include <optional>
+#include <string_view>
 
 #include "failure.h"
 #include "host.h"
@@ -18,9 +20,9 @@
 namespace bxdb {
 namespace {
 
-/// As much of a file as packed data may need before its first bytes come out.
+/// As much of a file as packed data may need before its first bytes come out, and most name tables take.
 std::string beginning_of(const std::string& name) {
-  constexpr std::size_t most = std::size_t{1} << 20;
+  constexpr std::size_t most = std::size_t{1} << 24;
   const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(open_for_reading(name), &std::fclose);
   std::string bytes(most, '\0');
   if (file) bytes.resize(std::fread(bytes.data(), 1, most, file.get()));
@@ -29,25 +31,34 @@ std::string beginning_of(const std::string& name) {
                             std::strerror(errno)));
 }
 
-bool is_database(const std::string& bytes, const std::string& name) {
-  constexpr std::string_view magic = "BX_DB:";
-  const packing how = packing_of(bytes);
-  if (how == packing::none) return bytes.starts_with(magic);
+/// As much of what the packed bytes hold as tells databases and grid files; nothing when they are damaged.
+std::string unpacked_beginning(const std::string& bytes, packing how, const std::string& name) {
+  constexpr std::size_t enough = std::size_t{1} << 22;
+  if (how == packing::none) return bytes;
   try {
-    return unpack_beginning(bytes, how, name, magic.size()) == magic;
+    return unpack_beginning(bytes, how, name, enough);
   } catch (const failure&) {
-    return false;
+    return {};
   }
+}
+
+[[noreturn]] void refuse(const std::string& name, const std::string& held) {
+  throw failure(name + ": not replaced: it holds " + held + "; give the output another name, or use --force");
 }
 
 }  // namespace
 
-void refuse_to_replace_stranger(const std::string& name) {
+void refuse_to_replace_stranger(const std::string& name, qelmodb::content what) {
+  constexpr std::string_view magic = "BX_DB:";
   std::error_code unknown;
   if (!std::filesystem::is_regular_file(path_of(name), unknown)) return;
-  const std::string bytes = beginning_of(name);
-  if (bytes.empty() || is_database(bytes, name)) return;
-  throw failure(name + ": not replaced: it holds no database; give the output another name, or use --force");
+  const std::string packed = beginning_of(name);
+  if (packed.empty()) return;
+  const std::string bytes = unpacked_beginning(packed, packing_of(packed), name);
+  if (!bytes.starts_with(magic)) refuse(name, "no database");
+  const std::optional<qelmodb::content> held = qelmodb::find_content(bytes);
+  if (!held || *held == what) return;
+  refuse(name, what == qelmodb::content::grid ? "a database and no grid file" : "a grid file and no database");
 }
 
 }  // namespace bxdb

@@ -13,8 +13,8 @@
 
 namespace bxdb {
 
-/// The text with control characters as \xNN, so that one fact stays on one line and a name cannot steer
-/// the terminal.
+/// The text with the bytes of control characters as \xNN, so that one fact stays on one line and a name cannot steer
+/// the terminal. Those of U+0080 to U+009F are among them, and bytes 0x80 to 0x9f that are part of no letter in UTF-8.
 std::string printable(std::string_view text);
 
 /// "(xmin, ymin) (xmax, ymax)", "(x, y)".

@@ -5,14 +5,12 @@
 
 #include <fmt/format.h>
 
-#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "device_description.h"
 #include "failure.h"
 #include "file_names.h"
-#include "host.h"
 #include "input_file.h"
 #include "progress.h"
 #include "text.h"
@@ -33,13 +31,11 @@ std::vector<const char*> prefixes_of(const grid_options& options) {
   return prefixes;
 }
 
-/// The description that the options name, or else the one that stands beside the file; empty when there is none.
+/// The description that the options name, or else the one of the file; empty when there is none.
 std::string description_for(const grid_options& options) {
   if (!options.device.empty()) return options.device;
   if (is_standard_stream(options.file)) return {};
-  std::string beside = description_beside(options.file);
-  std::error_code unknown;
-  return std::filesystem::exists(path_of(beside), unknown) ? beside : std::string();
+  return description_found(options.file);
 }
 
 std::unique_ptr<NP_TABLEDEVICE> read_description(const std::string& name, std::uint64_t max_size) {
@@ -96,9 +92,12 @@ class grid_maker {
   std::unique_ptr<BX_GRID> described(const std::string& description) {
     const auto read = read_description(description, options_.input.max_size);
     watched_device device(*read);
-    auto grid = needed(grid_with(&device), " (device: " + shown_input(description) + ")");
+    auto grid = needed(grid_with(&device),
+                       " (device: " + shown_input(description) +
+                           "; the description seems to be of another device; name the right one by --device, or use "
+                           "--derive-device)");
     if (!options_.device.empty() && !device.asked()) {
-      note("the tiles fill all rows alike, so the description is not asked: " + shown_input(description));
+      note("the tiles fill all rows alike, so the description is not used: " + shown_input(description));
     }
     return grid;
   }

@@ -124,7 +124,8 @@ struct check_report {
   std::int64_t instances = 0;        ///< root included
   std::int64_t wires = 0;            ///< of a compressed file those that its templates give to its instances
   std::int64_t names = 0;            ///< entries of the name table; 0 where the form has none
-  std::int64_t different_names = 0;  ///< see check_options; texts that name instances or wires, as in tree_size
+  std::int64_t different_names = 0;  ///< see check_options; texts that name instances or wires, as in tree_size; of a
+                                     ///< compressed file as loading cuts those of its templates
   std::int64_t depth = 0;            ///< of the deepest instance; the root has 0
   std::int64_t dollar_wires = 0;     ///< wires whose name holds a "$", which loading replaces by the separator
   std::int64_t memory = 0;           ///< bytes of the loaded tree, about; names of text files and templates left out
