@@ -24,7 +24,7 @@ class UT_OSFILE {
   static std::unique_ptr<UT_OSFILE> open_read(const std::string& name, fault& why);
 
   /// Whether the name leads to what is written directly, and never replaced: a pipe, a socket, a device, or a handle
-  /// that a process has open, such as /dev/stdout, whatever stands behind the handle.
+  /// that a process has open, such as /dev/stdout, whatever the handle leads to.
   static bool is_stream(const std::string& name);
 
   /// Opens for writing: with replace to a temporary file beside a regular target, else in place. A stream is written on

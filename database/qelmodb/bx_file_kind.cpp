@@ -47,7 +47,7 @@ bool is_skippable_frame(std::string_view bytes) noexcept {
          bytes.substr(1, 3) == "\x2a\x4d\x18"sv;
 }
 
-// The element may stand behind comments and the like.
+// Comments and the like may come before the element.
 const char* kind_of_xml(std::string_view bytes) noexcept {
   constexpr std::size_t searched = 4096;
   return bytes.substr(0, searched).find("<svg"sv) != std::string_view::npos ? "an SVG picture" : "an XML document";
