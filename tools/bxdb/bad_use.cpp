@@ -58,7 +58,7 @@ std::vector<std::string> words_before(const CLI::App& command, const std::vector
 }
 
 std::string error_text(const CLI::App& command, const CLI::ParseError& error) {
-  const std::string text = error.what();
+  std::string text = error.what();
   if (!is_a<CLI::ArgumentMismatch>(error)) return text;
   const std::string name = text.substr(0, text.find(':'));
   const CLI::Option* option = command.get_option_no_throw(name);
