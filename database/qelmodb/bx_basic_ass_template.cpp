@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <memory>
+#include <utility>
 
 #include "bx_matrix_build.h"
 #include "bx_matrix_nodes.h"
@@ -96,7 +97,7 @@ BASIC_ASS_TEMPLATE& BASIC_ASS_TEMPLATE::operator=(const BASIC_ASS_TEMPLATE& othe
   colmap = other.colmap;
   rowmap = other.rowmap;
   ins_points = other.ins_points;
-  outgrown_ = other.outgrown_;
+  measured_ = other.measured_.load();
   coordinates_ = other.coordinates_.load();
   former_templates_ = other.former_templates_;
   return *this;
@@ -119,9 +120,11 @@ void BASIC_ASS_TEMPLATE::release_wire_lists() noexcept {
 }
 
 void BASIC_ASS_TEMPLATE::release_corners() noexcept {
-  if (ins_points != nullptr) release_table(ins_points, columns_of(ins_points));
+  if (ins_points != nullptr) release_table(ins_points, measured(ins_points).columns);
   ins_points = nullptr;
-  outgrown_ = {};
+  for (const measured_table* each = measured_.exchange(nullptr); each != nullptr;) {
+    delete std::exchange(each, each->previous);
+  }
   delete coordinates_.exchange(nullptr);
 }
 
@@ -156,23 +159,35 @@ std::uint16_t BASIC_ASS_TEMPLATE::get_wire_list_idx_sm(BX_INSTANCE* inst) const 
 
 // Several threads may come here at once, with the same maps: all make the same table, and one table stays.
 void BASIC_ASS_TEMPLATE::init_ins_points() {
+  auto size = std::make_unique<measured_table>();
   BX_POINT** const made = line_coordinates(colmap, rowmap).table();
   BX_POINT** none = nullptr;
-  if (!std::atomic_ref(ins_points).compare_exchange_strong(none, made)) release_table(made, colmap.size());
+  if (!std::atomic_ref(ins_points).compare_exchange_strong(none, made)) {
+    release_table(made, colmap.size());
+    return;
+  }
+  // Until this is known to the others, the maps tell them the same.
+  *size = measured(made);
+  remember(std::move(size));
 }
 
-std::size_t BASIC_ASS_TEMPLATE::columns_of(BX_POINT** table) const noexcept {
-  return outgrown_.is(table) ? outgrown_.columns : colmap.size();
+// A table of which nothing is known has the size of the maps, as clients are told.
+BASIC_ASS_TEMPLATE::measured_table BASIC_ASS_TEMPLATE::measured(BX_POINT** table) const noexcept {
+  const measured_table* const known = measured_.load();
+  if (known != nullptr && known->is(table)) return *known;
+  if (colmap.empty()) return {table, nullptr, nullptr, 0, rowmap.size(), nullptr};
+  return {table, table[0], table[colmap.size() - 1], colmap.size(), rowmap.size(), nullptr};
 }
 
-std::size_t BASIC_ASS_TEMPLATE::rows_of(BX_POINT** table) const noexcept {
-  return outgrown_.is(table) ? outgrown_.rows : rowmap.size();
+// To be called before lines are added: the table in place, if there is one, keeps the size that it has.
+void BASIC_ASS_TEMPLATE::measure_table() {
+  if (ins_points == nullptr) return;
+  remember(std::make_unique<measured_table>(measured(ins_points)));
 }
 
-// The table in place, if there is one, keeps the size that it has.
-void BASIC_ASS_TEMPLATE::lines_will_be_added() noexcept {
-  if (ins_points == nullptr || colmap.empty() || outgrown_.is(ins_points)) return;
-  outgrown_ = {ins_points, ins_points[0], ins_points[colmap.size() - 1], colmap.size(), rowmap.size()};
+void BASIC_ASS_TEMPLATE::remember(std::unique_ptr<measured_table> size) noexcept {
+  size->previous = measured_.load();
+  measured_ = size.release();
 }
 
 const BASIC_ASS_TEMPLATE::line_coordinates& BASIC_ASS_TEMPLATE::known_coordinates() {
@@ -191,7 +206,8 @@ BX_POINT BASIC_ASS_TEMPLATE::corner_at(std::uint16_t column, std::uint16_t row) 
     init_ins_points();
   }
   BX_POINT** const points = table.load();
-  return column < columns_of(points) && row < rows_of(points) ? points[column][row] : NO_POINT;
+  const measured_table size = measured(points);
+  return column < size.columns && row < size.rows ? points[column][row] : NO_POINT;
 }
 
 BX_POINT BASIC_ASS_TEMPLATE::restore_wire(BX_POINT pos, int k, int j) {

@@ -91,7 +91,7 @@ bool bx_matrix_builder::number_lines() {
     rows_.emplace(inst->ymin, std::uint16_t{0});
   }
   if (!number_in_order(columns_, "columns") || !number_in_order(rows_, "rows")) return false;
-  if (columns_.size() != set_.colmap.size() || rows_.size() != set_.rowmap.size()) set_.lines_will_be_added();
+  if (columns_.size() != set_.colmap.size() || rows_.size() != set_.rowmap.size()) set_.measure_table();
   set_.colmap.swap(columns_);
   set_.rowmap.swap(rows_);
   set_.name = model_->name;

@@ -365,8 +365,8 @@ TEST_F(MatrixSet, ClientsTableFromBeforeALaterBuildIsNotOverrun) {
   build();
   EXPECT_EQ(set.restore_wire_sm(1, 1, 0, 0), BX_POINT(111, 109));
   EXPECT_EQ(set.restore_wire_sm(3, 3, 0, 0), BX_POINT(INT32_MIN, INT32_MIN));
-  // A copy knows the same, and is not destroyed.
-  alignas(BASIC_ASS_TEMPLATE) unsigned char storage[2][sizeof(BASIC_ASS_TEMPLATE)];
+  // A copy knows the same, and is not destroyed: what it holds for itself is not lost here.
+  alignas(BASIC_ASS_TEMPLATE) static unsigned char storage[2][sizeof(BASIC_ASS_TEMPLATE)];
   auto& copy = *new (storage[0]) BASIC_ASS_TEMPLATE(set);
   EXPECT_EQ(copy.restore_wire_sm(3, 3, 0, 0), BX_POINT(INT32_MIN, INT32_MIN));
   copy.colmap.clear();

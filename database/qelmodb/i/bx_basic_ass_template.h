@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <map>
+#include <memory>
 #include <vector>
 
 #include "bx_wire_template.h"
@@ -104,30 +105,33 @@ class BX_API BASIC_ASS_TEMPLATE {
 
   class line_coordinates;
 
-  // A table of fewer columns or rows than the maps have since a later build. Another one can be made at the address of
-  // a table that was freed, but hardly with its first and last column where they were.
-  struct outgrown_table {
+  // The size of a table, which the maps need not have any more: builds add lines to them, and clients may change them.
+  // Another table can be made at the address of one that was freed, but hardly with its first and last column where
+  // they were.
+  struct measured_table {
     BX_POINT** table = nullptr;
     BX_POINT* first_column = nullptr;
     BX_POINT* last_column = nullptr;
     std::size_t columns = 0;
     std::size_t rows = 0;
+    const measured_table* previous = nullptr;  // owned; a lookup on another thread may be reading it
 
     bool is(BX_POINT** other) const noexcept {
-      return other == table && other[0] == first_column && other[columns - 1] == last_column;
+      return other == table && columns != 0 && other[0] == first_column && other[columns - 1] == last_column;
     }
   };
 
   void release_wire_lists() noexcept;
   void release_corners() noexcept;
   void init_ins_points();
-  std::size_t columns_of(BX_POINT** table) const noexcept;
-  std::size_t rows_of(BX_POINT** table) const noexcept;
-  void lines_will_be_added() noexcept;
+  measured_table measured(BX_POINT** table) const noexcept;
+  void measure_table();
+  void remember(std::unique_ptr<measured_table> size) noexcept;
   const line_coordinates& known_coordinates();
   BX_POINT corner_at(std::uint16_t column, std::uint16_t row);
 
-  outgrown_table outgrown_;
+  // The last table that the library made, or found in place when a build added lines; owned.
+  std::atomic<const measured_table*> measured_ = nullptr;
   // In place of a table that would be too large; owned. Made once, by whichever thread needs it first.
   std::atomic<line_coordinates*> coordinates_ = nullptr;
 
