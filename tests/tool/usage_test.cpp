@@ -200,13 +200,12 @@ TEST_F(BxdbUsage, ControlCharactersBeyondAsciiAreShownAsBytesAndLettersAsTheyAre
   const std::string name = "\xc2\x9bX\x9b\xc0\x80\xed\xa0\x9f|\xc3\xa4\xe2\x9b\x84\xf0\x9f\x98\x80\xc2\xa0";
   const std::string shown = "\\xc2\\x9bX\\x9b\xc0\\x80\xed\xa0\\x9f|\xc3\xa4\xe2\x9b\x84\xf0\x9f\x98\x80\xc2\xa0";
   const std::string db = made("a.bxd", replaced(small_text(), "\"RIGHT\"", '"' + name + '"'));
-  for (const words& line : std::vector<words>{{"find", db, name},
-                                              {"at", db, "60", "0"},
-                                              {"print", db},
-                                              {"grid", db, "--derive-device"},
-                                              {"node", db, "60", "-5"},
-                                              {"explain", db},
-                                              {"diff", db, made("b.bxd", small_text())}}) {
+  std::vector<words> lines = {{"at", db, "60", "0"},    {"print", db},   {"grid", db, "--derive-device"},
+                              {"node", db, "60", "-5"}, {"explain", db}, {"diff", db, made("b.bxd", small_text())}};
+#ifndef _WIN32  // where a word of a command line is valid UTF-8
+  lines.push_back({"find", db, name});
+#endif
+  for (const words& line : lines) {
     const std::string out = run(line).out;
     EXPECT_TRUE(holds(out, shown)) << line[0] << "\n" << out;
     EXPECT_FALSE(holds(out, "X\x9b")) << line[0];
