@@ -171,7 +171,7 @@ void BASIC_ASS_TEMPLATE::init_ins_points() {
   remember(std::move(size));
 }
 
-// A table of which nothing is known has the size of the maps, as clients are told.
+// The header asks clients for a table of the maps' size, so that is the size of a table that was not measured.
 BASIC_ASS_TEMPLATE::measured_table BASIC_ASS_TEMPLATE::measured(BX_POINT** table) const noexcept {
   const measured_table* const known = measured_.load();
   if (known != nullptr && known->is(table)) return *known;
