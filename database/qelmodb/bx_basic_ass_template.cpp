@@ -166,8 +166,12 @@ void BASIC_ASS_TEMPLATE::init_ins_points() {
     release_table(made, colmap.size());
     return;
   }
-  // Until this is known to the others, the maps tell them the same.
-  *size = measured(made);
+  // Until this is known to the others, the maps tell them the same. What was measured before is not asked: a table that
+  // was freed meanwhile may have been at this address.
+  const bool is_empty = colmap.empty();
+  *size = {
+      made,   is_empty ? nullptr : made[0], is_empty ? nullptr : made[colmap.size() - 1], colmap.size(), rowmap.size(),
+      nullptr};
   remember(std::move(size));
 }
 
